@@ -1,0 +1,3 @@
+#ifndef VF_GUI_PLACEHOLDER_H_
+#define VF_GUI_PLACEHOLDER_H_
+#endif

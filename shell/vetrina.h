@@ -1,0 +1,48 @@
+#ifndef VF_SHELL_VETRINA_H_
+#define VF_SHELL_VETRINA_H_
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/file_system.h"
+#include "platform/text_slots.h"
+#include "platform/user_ops.h"
+#include "shell/frm_album.h"
+#include "shell/module1.h"
+
+namespace vf {
+
+// The program as a whole: the shared state, the two windows, and the
+// platform it runs on. One exists per process; every command and procedure
+// takes it. The platform objects are owned by the front end and outlive it.
+struct Vetrina {
+  Vetrina(FileSystem& file_system, UserOps& user_ops)
+      : fs(file_system), slots(file_system), ui(user_ops) {}
+
+  FileSystem& fs;
+  TextSlots slots;
+  UserOps& ui;
+
+  vf::Module1 Module1;
+  FrmAlbum frmALBUM;
+  FrmAlbum1 frmALBUM1;
+  bool frmALBUM_Loaded = false;
+
+  // Album number that the next generator run starts at. 1 for a single
+  // build; a paged build numbers its albums on from one run to the next so
+  // that no run writes into the albums of another.
+  int64_t Primo_Album = 1;
+  // True while a build or a load runs, so that a front end can keep a second
+  // one from starting at a repaint point.
+  bool occupato = false;
+};
+
+// Upper-case mode: Option1 ("Maiuscole") is selected at this moment.
+bool Maiuscole(const Vetrina& v);
+// A text folded whole to the chosen case.
+std::string CasoScelto(const Vetrina& v, std::string_view text);
+
+}  // namespace vf
+
+#endif  // VF_SHELL_VETRINA_H_
