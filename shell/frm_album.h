@@ -10,11 +10,11 @@
 
 namespace vf {
 
-// State of a scan, shared by all levels of the recursion of the scanner.
-// Tables grow with the tree, so no folder has a limit on its names.
+// State of a scan, shared by all levels of the recursion of the scanner: the
+// level of the folder in work, 0 between scans. The subfolders of a level are
+// kept by that level's own visit, so no folder has a limit on its names.
 struct StatoScansione {
   int64_t Livello = 0;
-  std::vector<std::vector<std::string>> Tab_Dir;  // per level: subfolder paths
 };
 
 // The main window "Vetrina Foto Digitali .HTML per Internet" as a model:

@@ -1,0 +1,83 @@
+#include "filelist/caricamento.h"
+
+#include <string>
+
+#include "filelist/legge_dir.h"
+#include "shell/testo.h"
+
+namespace vf {
+namespace {
+
+// v.occupato for the length of a load, and back to what it was afterwards,
+// also when the program ends in the middle of it.
+class Occupato {
+ public:
+  explicit Occupato(Vetrina& v) : v_(v), prima_(v.occupato) { v_.occupato = true; }
+  ~Occupato() { v_.occupato = prima_; }
+  Occupato(const Occupato&) = delete;
+  Occupato& operator=(const Occupato&) = delete;
+
+ private:
+  Vetrina& v_;
+  bool prima_;
+};
+
+// Pictures per table row: one for a short list, else as many as the screen
+// is wide enough for. The user's own value is overwritten.
+const char* Immagini_Per_Riga(Vetrina& v, int64_t conta) {
+  if (conta <= 54) return "1";
+  double pixel = v.ui.ScreenWidthTwips() / v.ui.TwipsPerPixelX();
+  return pixel < 800 ? "4" : "5";
+}
+
+}  // namespace
+
+std::string Togli_Asterischi(std::string Percorso) {
+  auto stella_in_coda = [&Percorso] {
+    size_t da = Percorso.size() > 3 ? Percorso.size() - 3 : 0;
+    return Percorso.find('*', da) != std::string::npos;
+  };
+  while (stella_in_coda()) Percorso.pop_back();
+  return Percorso;
+}
+
+void cmdCONFERMA_Click(Vetrina& v) {
+  FrmAlbum& f = v.frmALBUM;
+  if (f.txtESTENSIONE.Text.find('.') != std::string::npos) {
+    v.ui.Beep();
+    v.ui.Message("Indicare solo l'estensione dei files da cercare !!!");
+    return;
+  }
+  Occupato occupato(v);
+  v.ui.Cursor(true);
+  f.cmdCONFERMA.Enabled = false;
+  f.cmdCONFERMA_Tutti.Enabled = false;
+
+  std::string Percorso = Trim(f.txtPATH_RICERCA.Text);
+  if (Percorso.empty()) Percorso = "c:\\";
+  Percorso = Togli_Asterischi(std::move(Percorso));
+  // A start folder that cannot be listed at all (a drive that is not there,
+  // a missing folder, a name the system refuses) adds nothing and says
+  // nothing, like an empty folder: the load finishes as usual, so the
+  // buttons and the cursor come back and the window stays usable.
+  Legge_Dir(v, Percorso);
+
+  int64_t conta = f.List1.ListCount();
+  f.txtNUM_FILE.Text = std::to_string(conta);
+  if (conta > 0) {
+    f.Command1.Enabled = true;
+    f.Command4.Enabled = true;
+  }
+  f.txtMAX_PER_RIGA.Text = Immagini_Per_Riga(v, conta);
+  v.ui.Beep();
+  f.cmdCONFERMA.Enabled = true;
+  f.cmdCONFERMA_Tutti.Enabled = true;
+  v.ui.Cursor(false);
+}
+
+void cmdCONFERMA_Tutti_Click(Vetrina& v) {
+  v.frmALBUM.txtESTENSIONE.Text = "*";
+  cmdCONFERMA_Click(v);
+}
+
+}  // namespace vf
