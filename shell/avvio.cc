@@ -55,7 +55,11 @@ void Form_Load(Vetrina& v) {
   f.txtNOME_FILE_HTM.Text = folder + "\\index.htm";
 }
 
-void cmdFINE_Click(Vetrina& v) { v.ui.End(); }
+void cmdFINE_Click(Vetrina& v) {
+  v.ui.End();
+  // A front end whose End returned still ends the program here.
+  throw FineProgramma{};
+}
 
 void frmALBUM1_Option1_Click(Vetrina& v) { v.Module1.Tipo_Utilizzo = 1; }
 void frmALBUM1_Option2_Click(Vetrina& v) { v.Module1.Tipo_Utilizzo = 2; }
@@ -66,6 +70,6 @@ void frmALBUM1_Command1_Click(Vetrina& v) {
   Carica_Mostra_frmALBUM(v);
 }
 
-void frmALBUM1_Command2_Click(Vetrina& v) { v.ui.End(); }
+void frmALBUM1_Command2_Click(Vetrina& v) { cmdFINE_Click(v); }
 
 }  // namespace vf

@@ -33,6 +33,8 @@ struct Vetrina {
   // build; a paged build numbers its albums on from one run to the next so
   // that no run writes into the albums of another.
   int64_t Primo_Album = 1;
+  // Album number after the last album that the latest run began.
+  int64_t Album_Successivo = 1;
   // True while a build or a load runs, so that a front end can keep a second
   // one from starting at a repaint point.
   bool occupato = false;

@@ -1,0 +1,44 @@
+#include "album/cartella_album.h"
+
+#include <algorithm>
+#include <string>
+
+#include "platform/failure.h"
+#include "shell/testo.h"
+
+namespace vf {
+
+std::string Coda_Copia(const StatoEsecuzione& s) {
+  return "\r\rCopia " + s.File_Origine + " " + s.File_Destinazione;
+}
+
+void Interrompi_Ciclo(StatoEsecuzione& s) {
+  s.Ind_Elenco = 10000;
+  s.Num_Img_Album = -1;
+  s.Fine_Ciclo = true;
+}
+
+void Passo_Album(Vetrina& v, StatoEsecuzione& s) {
+  s.Dir_Album = CasoScelto(v, v.Module1.Dir_Output + "DIR_" + Cifre(s.Num_Album, 4));
+  s.Ultimo_Album_Iniziato = std::max(s.Ultimo_Album_Iniziato, s.Num_Album);
+  s.Nota(v.fs.MakeFolder(s.Dir_Album));
+  v.ui.Repaint();
+  s.File_Origine = s.Dir_File + s.Nome_File;
+  std::string x =
+      s.File_Origine.size() <= 3 ? s.File_Origine : s.File_Origine.substr(s.File_Origine.size() - 3);
+  s.File_Destinazione =
+      CasoScelto(v, s.Dir_Album + "\\IMG_" + Cifre(s.Num_Img_Album + 1, 3) + "." + x);
+  s.Err = 0;
+  // After a refused rename the folded path may name another file that
+  // differs only in case; the entry's own text always names its own file.
+  const std::string& sorgente = s.Rinomina_Riuscita ? s.File_Origine : s.Voce;
+  int failure = v.fs.Copy(sorgente, s.File_Destinazione);
+  if (failure != kOk) {
+    s.Err = failure;
+    v.ui.Message("Errore nella copia delle immagini ERR=" + ConBlank(failure) + " - " +
+                 FailureText(failure) + Coda_Copia(s));
+    Interrompi_Ciclo(s);
+  }
+}
+
+}  // namespace vf

@@ -1,0 +1,52 @@
+#include "album/pagina_immagine.h"
+
+#include <string>
+
+#include "album/cartella_album.h"
+#include "album/marcatori.h"
+#include "platform/case_fold.h"
+#include "platform/failure.h"
+#include "shell/testo.h"
+
+namespace vf {
+
+void Passo_Pagina_Immagine(Vetrina& v, StatoEsecuzione& s) {
+  std::string nnn = Cifre(s.Num_Img_Album + 1, 3);
+  s.File_Origine = CasoScelto(
+      v, v.ui.ProgramFolder() + "\\VETRINA-FOTO_DEFAULT\\dir_0001\\IMG_" + nnn + ".HTM");
+  s.File_Destinazione = CasoScelto(v, s.Dir_Album + "\\IMG_" + nnn + ".HTM");
+  Crea_Pagina_Immagine(v, s);
+  if (s.Err != kOk) {
+    v.ui.Message("Errore nella copia singoli HTML ERR=" + ConBlank(s.Err) + " - " +
+                 FailureText(s.Err) + Coda_Copia(s));
+    Interrompi_Ciclo(s);
+  }
+}
+
+void Crea_Pagina_Immagine(Vetrina& v, StatoEsecuzione& s) {
+  s.Err = 0;
+  v.slots.Close(3);
+  s.Nota(v.slots.OpenForReading(3, s.File_Origine));
+  v.slots.Close(4);
+  s.Nota(v.slots.OpenForWriting(4, s.File_Destinazione));
+  if (s.Err == kOk) {
+    // A template with no lines gives an empty page and no failure.
+    while (!v.slots.AtEnd(3)) {
+      s.Nota(v.slots.ReadLine(3, &s.Riga));
+      s.Riga_Nuova = s.Riga;
+      if (ToUpper(s.Riga).find(".JPG") != std::string::npos) {
+        Nomi_Immagini(v, s, ToLower(s.Riga));
+      }
+      const std::string& d = s.File_Destinazione;
+      if (d.size() >= 7 && NumeroIniziale(d.substr(d.size() - 7, 3)) == Dimensione_Album(v)) {
+        size_t p = ToLower(s.Riga).find(kMarcaSuccessivo);
+        if (p != std::string::npos) Link_Successivo(v, s, p);
+      }
+      s.Nota(v.slots.WriteLine(4, s.Riga_Nuova));
+    }
+    v.slots.Close(3);
+  }
+  s.Nota(v.slots.Close(4));
+}
+
+}  // namespace vf

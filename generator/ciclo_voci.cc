@@ -1,0 +1,87 @@
+#include "generator/ciclo_voci.h"
+
+#include <string>
+
+#include "album/cartella_album.h"
+#include "album/chiusura_album.h"
+#include "album/pagina_immagine.h"
+#include "generator/cella.h"
+#include "platform/failure.h"
+#include "shell/testo.h"
+
+namespace vf {
+namespace {
+
+double Valore(const Control& c) { return NumeroIniziale(c.Text); }
+
+void A_Capo(Vetrina& v, StatoEsecuzione& s) {
+  s.Num_Colonna += 1;
+  if (Valore(v.frmALBUM.txtMAX_PER_RIGA) <= static_cast<double>(s.Num_Colonna)) {
+    for (const char* riga : {" ", "</tr>", "<tr>", " "}) s.Nota(v.slots.WriteLine(1, riga));
+    s.Num_Colonna = 0;
+  }
+}
+
+void Voce(Vetrina& v, StatoEsecuzione& s) {
+  // The stored name takes the chosen case. On this host a rename never
+  // replaces another file: a name taken by a different file is refused.
+  s.Rinomina_Riuscita = v.fs.Rename(s.Voce, s.Riga) == kOk;
+  Dividi_Percorso(v, s);
+  Calcola_Dir_Relativa(v, s);
+  if (s.Num_Img_Album <= 0) {
+    Scrivi_Cella(v, s);
+    s.Nota(v.slots.WriteLine(1, " "));
+    A_Capo(v, s);
+  }
+  Passo_Album(v, s);
+  Passo_Pagina_Immagine(v, s);
+  s.Num_Img_Album += 1;
+  if (Valore(v.frmALBUM.txtMAX_N_FILES) <= static_cast<double>(s.Num_Img_Album)) {
+    Chiudi_Album_Pieno(v, s);
+  }
+}
+
+}  // namespace
+
+Esito Ciclo_Voci(Vetrina& v, StatoEsecuzione& s) {
+  const double primo = v.Module1.Primo_File;
+  const double ultimo = v.Module1.Ultimo_File;
+  s.Fine_Ciclo = false;
+  for (s.Ind_Elenco = primo; s.Ind_Elenco <= ultimo && !s.Fine_Ciclo; s.Ind_Elenco += 1) {
+    const ListBox& lista = v.frmALBUM.List1;
+    int64_t posizione = ArrotondaPari(s.Ind_Elenco) - 1;
+    // Past the end every entry reads as blank and changes nothing, and no
+    // repaint point can lengthen the list any more: the rest of the walk
+    // would do nothing, however far Ultimo_File lies.
+    if (posizione >= lista.ListCount()) break;
+    s.Voce = lista.List(posizione);
+    s.Riga = CasoScelto(v, s.Voce);
+    if (Trim(s.Riga).empty()) continue;
+    s.Armato = false;
+    Voce(v, s);
+  }
+  return Esito::kAvanti;
+}
+
+void Dividi_Percorso(const Vetrina& v, StatoEsecuzione& s) {
+  std::string riga = CasoScelto(v, s.Riga);
+  size_t barra = riga.rfind('\\');
+  if (barra == std::string::npos) {
+    s.Dir_File.clear();
+    s.Nome_File = riga;
+  } else {
+    s.Dir_File = riga.substr(0, barra + 1);
+    s.Nome_File = riga.substr(barra + 1);
+  }
+}
+
+void Calcola_Dir_Relativa(const Vetrina& v, StatoEsecuzione& s) {
+  const std::string& base = v.Module1.Dir_Base;
+  if (s.Dir_File.size() <= base.size() || base.empty()) {
+    s.Dir_Relativa.clear();
+  } else {
+    s.Dir_Relativa = s.Dir_File.substr(base.size());
+  }
+}
+
+}  // namespace vf

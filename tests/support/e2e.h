@@ -1,0 +1,54 @@
+#ifndef VF_TESTS_SUPPORT_E2E_H_
+#define VF_TESTS_SUPPORT_E2E_H_
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace vf::test {
+
+// A temporary folder, removed with everything in it when the object goes.
+class TempTree {
+ public:
+  TempTree();
+  ~TempTree();
+  TempTree(const TempTree&) = delete;
+  TempTree& operator=(const TempTree&) = delete;
+
+  const std::filesystem::path& root() const { return root_; }
+  std::filesystem::path Path(const std::string& relative) const { return root_ / relative; }
+  // Writes a file, making its folders.
+  void Write(const std::string& relative, const std::string& bytes) const;
+  void MakeFolder(const std::string& relative) const;
+  // The file's bytes; "<missing>" when there is no such file.
+  std::string Read(const std::string& relative) const;
+  bool Exists(const std::string& relative) const;
+  // Every file and folder below the root, as sorted relative paths; folders
+  // end with "/".
+  std::vector<std::string> Tree(const std::string& relative = "") const;
+
+ private:
+  std::filesystem::path root_;
+};
+
+struct RunResult {
+  int status = -1;
+  std::string out;
+  std::string err;
+  std::vector<std::string> lines;  // out split at line feeds
+};
+
+// Runs vetrina-foto-script on `script` with `cwd` as its working folder.
+RunResult RunScript(const std::string& script, const std::filesystem::path& cwd);
+
+// Lines joined with CR LF after each, as templates and pages are written.
+std::string CrLf(const std::vector<std::string>& lines);
+
+// A small template set for tests, written into `folder`: the five page
+// templates, the thirteen pictures (short texts) and the per-picture
+// templates 001 to `places` under VETRINA-FOTO_DEFAULT\dir_0001.
+void WriteFixtureTemplates(const TempTree& tree, const std::string& folder, int places = 9);
+
+}  // namespace vf::test
+
+#endif  // VF_TESTS_SUPPORT_E2E_H_
