@@ -1,3 +1,0 @@
-#ifndef VF_GUI_PLACEHOLDER_H_
-#define VF_GUI_PLACEHOLDER_H_
-#endif
