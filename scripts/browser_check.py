@@ -5,6 +5,7 @@
     browser_check.py shots BUILD_DIR OUTDIR [--keep] screenshots at 390 and 1280 px
     browser_check.py check-site SITE_DIR           the check alone, on a site built
                                                    elsewhere from 25 pictures
+    browser_check.py shots-site SITE_DIR OUTDIR    the screenshots alone, of such a site
 
 The site is made from PICTURES small JPEG files (P01.JPG ...) by the runner
 BUILD_DIR/bin/vetrina-foto-script, in small letters, albums of ALBUM_SIZE
@@ -392,13 +393,13 @@ SHOTS = [  # name, page
 SIZES = [(390, 844), (1280, 800)]
 
 
-def cmd_shots(build_dir, outdir, keep):
+def cmd_shots(build_dir, outdir, keep, site=None):
     os.makedirs(outdir, exist_ok=True)
     work = tempfile.mkdtemp(prefix="vf-screenshots-")
     server = None
     failed = 0
     try:
-        site = build_site(build_dir, work)
+        site = site or build_site(build_dir, work)
         server = Server(site, os.path.join(work, "http.log"))
         for name, page in SHOTS:
             for w, h in SIZES:
@@ -429,6 +430,8 @@ def main(argv):
         return cmd_check(None, keep, site=os.path.abspath(args[1]))
     if len(args) == 3 and args[0] == "shots":
         return cmd_shots(args[1], args[2], keep)
+    if len(args) == 3 and args[0] == "shots-site":
+        return cmd_shots(None, args[2], keep, site=os.path.abspath(args[1]))
     print(__doc__.strip(), file=sys.stderr)
     return 2
 
