@@ -21,7 +21,9 @@ std::string Fold(std::string_view text) {
       unsigned char d = static_cast<unsigned char>(out[i + 1]);
       if (kUpper && IsLatin1Lower(d)) out[i + 1] = static_cast<char>(d - 0x20);
       if (!kUpper && IsLatin1Upper(d)) out[i + 1] = static_cast<char>(d + 0x20);
-      ++i;
+      // Only a continuation byte belongs to this letter; a stray C3 before
+      // another letter must not hide it.
+      if (d >= 0x80 && d <= 0xBF) ++i;
     }
   }
   return out;
