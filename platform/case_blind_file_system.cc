@@ -1,0 +1,220 @@
+#include "platform/case_blind_file_system.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/case_fold.h"
+#include "platform/failure.h"
+
+namespace vf {
+namespace {
+
+bool IsHiddenName(const std::string& name) { return !name.empty() && name[0] == '.'; }
+
+}  // namespace
+
+int CaseBlindFileSystem::Resolve(const std::string& path, bool change, Resolved* out) {
+  Resolved r;
+  int failure = Parse(path, &r.typed);
+  if (failure != kOk) return failure;
+  if (!IsMapped(r.typed.drive)) return kPercorsoNonTrovato;
+  if (change && IsReadOnly(r.typed.drive)) return kErroreAccesso;
+  r.place.drive = r.typed.drive;
+  if (r.typed.parts.empty()) {
+    failure = CheckFolder(r.place);
+    if (failure != kOk) return failure;
+    r.found = true;
+    *out = std::move(r);
+    return kOk;
+  }
+  const size_t count = r.typed.parts.size();
+  for (size_t i = 0; i < count; ++i) {
+    const std::string& part = r.typed.parts[i];
+    const bool last = i + 1 == count;
+    std::optional<Match> match;
+    failure = Find(r.place, part, &match);
+    if (failure != kOk) return failure;
+    if (!match) {
+      if (!last) return kPercorsoNonTrovato;
+      r.place.names.push_back(part);
+      r.found = false;
+      break;
+    }
+    if (!last && match->kind != FolderEntry::kFolder) return kPercorsoNonTrovato;
+    r.place.names.push_back(std::move(match->name));
+    r.found = true;
+    r.kind = match->kind;
+  }
+  *out = std::move(r);
+  return kOk;
+}
+
+int CaseBlindFileSystem::TakeTypedSpelling(const Resolved& target, Place* place) {
+  *place = target.place;
+  place->names.back() = target.typed.parts.back();
+  if (*place == target.place) return kOk;
+  return Move(target.place, *place);
+}
+
+int CaseBlindFileSystem::OpenInput(const std::string& path, std::unique_ptr<InputFile>* file) {
+  Resolved r;
+  int failure = Resolve(path, false, &r);
+  if (failure != kOk) return failure;
+  if (!r.found) return kFileNonTrovato;
+  if (r.kind != FolderEntry::kFile) return kErroreAccesso;
+  return ReadFile(r.place, file);
+}
+
+int CaseBlindFileSystem::OpenOutput(const std::string& path, std::unique_ptr<OutputFile>* file) {
+  Resolved r;
+  int failure = Resolve(path, true, &r);
+  if (failure != kOk) return failure;
+  if (r.place.names.empty()) return kErroreAccesso;
+  Place place = r.place;
+  if (r.found) {
+    if (r.kind != FolderEntry::kFile) return kErroreAccesso;
+    failure = TakeTypedSpelling(r, &place);
+    if (failure != kOk) return failure;
+  }
+  return WriteFile(place, file);
+}
+
+int CaseBlindFileSystem::Copy(const std::string& from, const std::string& to) {
+  Resolved source;
+  int failure = Resolve(from, false, &source);
+  if (failure != kOk) return failure;
+  if (!source.found) return kFileNonTrovato;
+  if (source.kind != FolderEntry::kFile) return kErroreAccesso;
+  Resolved target;
+  failure = Resolve(to, true, &target);
+  if (failure != kOk) return failure;
+  if (target.place.names.empty()) return kErroreAccesso;
+  Place place = target.place;
+  if (target.found) {
+    // Checked before the spelling changes: a copy onto itself leaves the
+    // file exactly as it was.
+    if (target.kind != FolderEntry::kFile || SameFile(source.place, target.place)) {
+      return kErroreAccesso;
+    }
+    failure = TakeTypedSpelling(target, &place);
+    if (failure != kOk) return failure;
+  }
+  return CopyFile(source.place, place);
+}
+
+int CaseBlindFileSystem::MakeFolder(const std::string& path) {
+  Resolved r;
+  int failure = Resolve(path, true, &r);
+  if (failure != kOk) return failure;
+  if (r.place.names.empty()) return kErroreAccesso;
+  if (r.found) {
+    // The folder is there already, which is a failure; it still takes the
+    // spelling the program asked for, so that links to it match.
+    Place place;
+    if (r.kind == FolderEntry::kFolder) TakeTypedSpelling(r, &place);
+    return kErroreAccesso;
+  }
+  return MakeFolderAt(r.place);
+}
+
+int CaseBlindFileSystem::Rename(const std::string& from, const std::string& to) {
+  Resolved source;
+  int failure = Resolve(from, true, &source);
+  if (failure != kOk) return failure;
+  if (!source.found) return kFileNonTrovato;
+  Resolved target;
+  failure = Resolve(to, true, &target);
+  if (failure != kOk) return failure;
+  const std::vector<std::string>& from_names = source.place.names;
+  const std::vector<std::string>& to_names = target.place.names;
+  if (from_names.empty() || to_names.empty() || source.place.drive != target.place.drive) {
+    return kErroreAccesso;
+  }
+  if (target.found) {
+    if (target.place != source.place) return kFileEsistente;
+    Place place;
+    return TakeTypedSpelling(target, &place);
+  }
+  // A folder cannot move below itself.
+  if (to_names.size() > from_names.size() &&
+      std::equal(from_names.begin(), from_names.end(), to_names.begin())) {
+    return kErroreAccesso;
+  }
+  return Move(source.place, target.place);
+}
+
+int CaseBlindFileSystem::SetCurrentFolder(const std::string& path) {
+  Resolved r;
+  int failure = Resolve(path, false, &r);
+  if (failure != kOk) return failure;
+  if (!r.found || r.kind != FolderEntry::kFolder) return kPercorsoNonTrovato;
+  current_ = std::move(r.typed);
+  return kOk;
+}
+
+int CaseBlindFileSystem::SetCurrentDrive(const std::string& drive) {
+  if (drive.empty()) return kOk;  // as ChDrive "", which changes nothing
+  Place root;
+  root.drive = DriveLetter(drive[0]);
+  if (root.drive == 0 || !IsMapped(root.drive)) return kPercorsoNonTrovato;
+  int failure = CheckFolder(root);
+  if (failure != kOk) return failure;
+  if (root.drive != current_.drive) current_ = ParsedPath{root.drive, {}};
+  return kOk;
+}
+
+FolderListing CaseBlindFileSystem::ListFolder(const std::string& path) {
+  FolderListing listing;
+  Resolved r;
+  int failure = Resolve(path, false, &r);
+  if (failure == kOk && (!r.found || r.kind != FolderEntry::kFolder)) {
+    failure = kPercorsoNonTrovato;
+  }
+  if (failure == kOk) failure = List(r.place, &listing);
+  if (failure != kOk) {
+    listing = FolderListing{};
+    listing.failure = failure;
+    return listing;
+  }
+  std::vector<std::pair<std::string, FolderEntry>> keyed;
+  keyed.reserve(listing.entries.size());
+  for (FolderEntry& entry : listing.entries) {
+    entry.hidden = IsHiddenName(entry.name);
+    std::string key = ToLower(entry.name);
+    keyed.emplace_back(std::move(key), std::move(entry));
+  }
+  std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
+    if (a.first != b.first) return a.first < b.first;
+    return a.second.name < b.second.name;
+  });
+  listing.entries.clear();
+  for (auto& [key, entry] : keyed) listing.entries.push_back(std::move(entry));
+  return listing;
+}
+
+int CaseBlindFileSystem::Attributes(const std::string& path, int* attributes) {
+  Resolved r;
+  int failure = Resolve(path, false, &r);
+  if (failure != kOk) return failure;
+  if (!r.found) return kFileNonTrovato;
+  int value = 0;
+  if (r.kind == FolderEntry::kFolder) value |= 16;
+  if (r.kind == FolderEntry::kSystem) value |= 4;
+  if (!r.place.names.empty() && IsHiddenName(r.place.names.back())) value |= 2;
+  *attributes = value;
+  return kOk;
+}
+
+std::string CaseBlindFileSystem::Normalize(const std::string& path) {
+  ParsedPath parsed;
+  if (Parse(path, &parsed) != kOk) return "";
+  return ToUpper(FormatWindowsPath(parsed));
+}
+
+std::string CaseBlindFileSystem::CurrentFolder() {
+  std::string text = FormatWindowsPath(current_);
+  if (!current_.parts.empty()) text += '\\';
+  return text;
+}
+
+}  // namespace vf
