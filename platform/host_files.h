@@ -1,0 +1,72 @@
+#ifndef VF_PLATFORM_HOST_FILES_H_
+#define VF_PLATFORM_HOST_FILES_H_
+
+#include <cstddef>
+#include <string>
+
+#include "platform/file_system.h"
+
+namespace vf {
+
+// The failure number of a host error: a full disk or quota is 61, a missing
+// file or folder on the way 76, anything else 75.
+int FailureFromErrno(int error);
+
+// An open host file descriptor, closed when the holder goes.
+class Fd {
+ public:
+  explicit Fd(int fd = -1) : fd_(fd) {}
+  Fd(Fd&& other) noexcept : fd_(other.Release()) {}
+  Fd& operator=(Fd&& other) noexcept;
+  Fd(const Fd&) = delete;
+  Fd& operator=(const Fd&) = delete;
+  ~Fd();
+
+  int get() const { return fd_; }
+  bool valid() const { return fd_ >= 0; }
+  int Release();
+  // Closes now; the failure number of a late error.
+  int Close();
+
+ private:
+  int fd_;
+};
+
+// Opens a host file for reading; only a plain file is accepted (75 for
+// anything else), and a missing one gives 53.
+int OpenHostInput(const std::string& path, Fd* fd);
+// Creates the host file or empties the existing plain file.
+int OpenHostOutput(const std::string& path, Fd* fd);
+
+class HostInputFile : public InputFile {
+ public:
+  explicit HostInputFile(Fd fd) : fd_(std::move(fd)) {}
+  int Read(char* buffer, size_t capacity, size_t* got) override;
+
+ private:
+  Fd fd_;
+};
+
+// Writes through a buffer; a full disk shows at the Write that flushes or at
+// Close, and every later call gives the same failure.
+class HostOutputFile : public OutputFile {
+ public:
+  explicit HostOutputFile(Fd fd) : fd_(std::move(fd)) {}
+  ~HostOutputFile() override;
+  int Write(const char* data, size_t size) override;
+  int Close() override;
+
+ private:
+  int Flush();
+
+  Fd fd_;
+  std::string buffer_;
+  int failure_ = 0;
+};
+
+// Copies all the bytes of `in` into `out` through the kernel.
+int CopyHostData(int in, int out);
+
+}  // namespace vf
+
+#endif  // VF_PLATFORM_HOST_FILES_H_
