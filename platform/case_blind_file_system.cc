@@ -11,6 +11,12 @@ namespace {
 
 bool IsHiddenName(const std::string& name) { return !name.empty() && name[0] == '.'; }
 
+// A text ending in a backslash names a folder, so it gives no file to open:
+// "C:\sito\dir_0001\" must not make a file called dir_0001.
+bool NamesMissingFolder(const ParsedPath& typed, bool found, FolderEntry::Kind kind) {
+  return typed.ends_in_separator && !(found && kind == FolderEntry::kFolder);
+}
+
 }  // namespace
 
 int CaseBlindFileSystem::Resolve(const std::string& path, bool change, Resolved* out) {
@@ -60,6 +66,7 @@ int CaseBlindFileSystem::OpenInput(const std::string& path, std::unique_ptr<Inpu
   Resolved r;
   int failure = Resolve(path, false, &r);
   if (failure != kOk) return failure;
+  if (NamesMissingFolder(r.typed, r.found, r.kind)) return kPercorsoNonTrovato;
   if (!r.found) return kFileNonTrovato;
   if (r.kind != FolderEntry::kFile) return kErroreAccesso;
   return ReadFile(r.place, file);
@@ -69,6 +76,7 @@ int CaseBlindFileSystem::OpenOutput(const std::string& path, std::unique_ptr<Out
   Resolved r;
   int failure = Resolve(path, true, &r);
   if (failure != kOk) return failure;
+  if (NamesMissingFolder(r.typed, r.found, r.kind)) return kPercorsoNonTrovato;
   if (r.place.names.empty()) return kErroreAccesso;
   Place place = r.place;
   if (r.found) {
@@ -83,11 +91,13 @@ int CaseBlindFileSystem::Copy(const std::string& from, const std::string& to) {
   Resolved source;
   int failure = Resolve(from, false, &source);
   if (failure != kOk) return failure;
+  if (NamesMissingFolder(source.typed, source.found, source.kind)) return kPercorsoNonTrovato;
   if (!source.found) return kFileNonTrovato;
   if (source.kind != FolderEntry::kFile) return kErroreAccesso;
   Resolved target;
   failure = Resolve(to, true, &target);
   if (failure != kOk) return failure;
+  if (NamesMissingFolder(target.typed, target.found, target.kind)) return kPercorsoNonTrovato;
   if (target.place.names.empty()) return kErroreAccesso;
   Place place = target.place;
   if (target.found) {

@@ -61,6 +61,7 @@ int ParseWindowsPath(std::string_view text, const ParsedPath& current, ParsedPat
     }
     result.parts.emplace_back(part);
   }
+  result.ends_in_separator = !text.empty() && IsSeparator(text.back());
   *out = std::move(result);
   return kOk;
 }

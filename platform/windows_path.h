@@ -12,6 +12,7 @@ namespace vf {
 struct ParsedPath {
   char drive = 'C';
   std::vector<std::string> parts;
+  bool ends_in_separator = false;  // the text names a folder, never a file
 
   bool operator==(const ParsedPath&) const = default;
 };

@@ -74,6 +74,11 @@ TEST(MemoryFileSystemTest, WindowsRules) {
   EXPECT_EQ(Write(fs, "Q:\\x.htm", ""), kPercorsoNonTrovato);
   EXPECT_EQ(fs.Copy("C:\\b.jpg", "C:\\b.jpg\\x.jpg"), kPercorsoNonTrovato);
   EXPECT_EQ(fs.Copy("<C:\\Foto\\Sub>", "C:\\x.jpg"), kNomeNonValido);
+  // A text ending in a backslash names a folder, never a file to make.
+  EXPECT_EQ(fs.Copy("C:\\b.jpg", "C:\\new\\"), kPercorsoNonTrovato);
+  EXPECT_EQ(Write(fs, "C:\\b.jpg\\", ""), kPercorsoNonTrovato);
+  std::unique_ptr<InputFile> in;
+  EXPECT_EQ(fs.OpenInput("C:\\b.jpg/", &in), kPercorsoNonTrovato);
 
   // A folder cannot move below itself; a folder made again keeps failing but
   // takes the typed spelling.
