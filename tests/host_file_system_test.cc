@@ -1,5 +1,6 @@
 #include "platform/host_file_system.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "platform/failure.h"
+#include "platform/host_files.h"
 #include "tests/support/e2e.h"
 
 namespace vf {
@@ -211,6 +213,17 @@ TEST_F(HostFileSystemTest, WindowsFormOfHostPaths) {
   EXPECT_EQ(fs.WindowsPath("/tmp/a\\b"), std::nullopt);
   EXPECT_EQ(fs.CurrentFolder(), "C:\\");
   EXPECT_EQ(HostFileSystem({{'Z', "/", false}}).CurrentFolder(), "Z:\\");
+}
+
+TEST(HostOutputFileTest, FullDiskShowsAtFlushOrClose) {
+  HostOutputFile small(Fd(::open("/dev/full", O_WRONLY | O_CLOEXEC)));
+  EXPECT_EQ(small.Write("x", 1), kOk);  // still in the buffer
+  EXPECT_EQ(small.Close(), kDiscoPieno);
+  EXPECT_EQ(small.Write("x", 1), kDiscoPieno);
+  HostOutputFile large(Fd(::open("/dev/full", O_WRONLY | O_CLOEXEC)));
+  const std::string chunk(100000, 'x');
+  EXPECT_EQ(large.Write(chunk.data(), chunk.size()), kDiscoPieno);
+  EXPECT_EQ(large.Close(), kDiscoPieno);
 }
 
 }  // namespace
