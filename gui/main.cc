@@ -1,6 +1,4 @@
-#include <cstdio>
+#include "gui/avvio_qt.h"
 
-int main() {
-  std::puts("Vetrina Foto: la finestra non e' ancora disponibile; tutto e' stato compilato.");
-  return 0;
-}
+// The window program takes no options: it always starts with the main window.
+int main(int argc, char** argv) { return vf::gui::Esegui(argc, argv, false); }
