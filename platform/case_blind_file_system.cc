@@ -11,12 +11,6 @@ namespace {
 
 bool IsHiddenName(const std::string& name) { return !name.empty() && name[0] == '.'; }
 
-// A text ending in a backslash names a folder, so it gives no file to open:
-// "C:\sito\dir_0001\" must not make a file called dir_0001.
-bool NamesMissingFolder(const ParsedPath& typed, bool found, FolderEntry::Kind kind) {
-  return typed.ends_in_separator && !(found && kind == FolderEntry::kFolder);
-}
-
 }  // namespace
 
 int CaseBlindFileSystem::Resolve(const std::string& path, bool change, Resolved* out) {
@@ -62,25 +56,39 @@ int CaseBlindFileSystem::TakeTypedSpelling(const Resolved& target, Place* place)
   return Move(target.place, *place);
 }
 
+bool CaseBlindFileSystem::NamesMissingFolder(const Resolved& r) {
+  return r.typed.ends_in_separator && !(r.found && r.kind == FolderEntry::kFolder);
+}
+
+int CaseBlindFileSystem::ResolveSource(const std::string& path, Resolved* r) {
+  int failure = Resolve(path, false, r);
+  if (failure != kOk) return failure;
+  if (NamesMissingFolder(*r)) return kPercorsoNonTrovato;
+  if (!r->found) return kFileNonTrovato;
+  return r->kind == FolderEntry::kFile ? kOk : kErroreAccesso;
+}
+
+int CaseBlindFileSystem::ResolveTarget(const std::string& path, Resolved* r) {
+  int failure = Resolve(path, true, r);
+  if (failure != kOk) return failure;
+  if (NamesMissingFolder(*r)) return kPercorsoNonTrovato;
+  if (r->place.names.empty() || (r->found && r->kind != FolderEntry::kFile)) return kErroreAccesso;
+  return kOk;
+}
+
 int CaseBlindFileSystem::OpenInput(const std::string& path, std::unique_ptr<InputFile>* file) {
   Resolved r;
-  int failure = Resolve(path, false, &r);
+  int failure = ResolveSource(path, &r);
   if (failure != kOk) return failure;
-  if (NamesMissingFolder(r.typed, r.found, r.kind)) return kPercorsoNonTrovato;
-  if (!r.found) return kFileNonTrovato;
-  if (r.kind != FolderEntry::kFile) return kErroreAccesso;
   return ReadFile(r.place, file);
 }
 
 int CaseBlindFileSystem::OpenOutput(const std::string& path, std::unique_ptr<OutputFile>* file) {
   Resolved r;
-  int failure = Resolve(path, true, &r);
+  int failure = ResolveTarget(path, &r);
   if (failure != kOk) return failure;
-  if (NamesMissingFolder(r.typed, r.found, r.kind)) return kPercorsoNonTrovato;
-  if (r.place.names.empty()) return kErroreAccesso;
   Place place = r.place;
   if (r.found) {
-    if (r.kind != FolderEntry::kFile) return kErroreAccesso;
     failure = TakeTypedSpelling(r, &place);
     if (failure != kOk) return failure;
   }
@@ -89,23 +97,16 @@ int CaseBlindFileSystem::OpenOutput(const std::string& path, std::unique_ptr<Out
 
 int CaseBlindFileSystem::Copy(const std::string& from, const std::string& to) {
   Resolved source;
-  int failure = Resolve(from, false, &source);
+  int failure = ResolveSource(from, &source);
   if (failure != kOk) return failure;
-  if (NamesMissingFolder(source.typed, source.found, source.kind)) return kPercorsoNonTrovato;
-  if (!source.found) return kFileNonTrovato;
-  if (source.kind != FolderEntry::kFile) return kErroreAccesso;
   Resolved target;
-  failure = Resolve(to, true, &target);
+  failure = ResolveTarget(to, &target);
   if (failure != kOk) return failure;
-  if (NamesMissingFolder(target.typed, target.found, target.kind)) return kPercorsoNonTrovato;
-  if (target.place.names.empty()) return kErroreAccesso;
   Place place = target.place;
   if (target.found) {
     // Checked before the spelling changes: a copy onto itself leaves the
     // file exactly as it was.
-    if (target.kind != FolderEntry::kFile || SameFile(source.place, target.place)) {
-      return kErroreAccesso;
-    }
+    if (SameFile(source.place, target.place)) return kErroreAccesso;
     failure = TakeTypedSpelling(target, &place);
     if (failure != kOk) return failure;
   }

@@ -87,6 +87,13 @@ class CaseBlindFileSystem : public FileSystem {
   virtual int List(const Place& folder, FolderListing* listing) = 0;
 
  private:
+  // A text ending in a backslash names a folder, so it never names a file:
+  // "C:\sito\dir_0001\" must not make a file called dir_0001.
+  static bool NamesMissingFolder(const Resolved& r);
+  // A plain file to read: 53 when it is missing, 75 when it is no plain file.
+  int ResolveSource(const std::string& path, Resolved* r);
+  // A file to write: one that is missing or an existing plain file, else 75.
+  int ResolveTarget(const std::string& path, Resolved* r);
   // Gives an existing target the typed spelling of its last part.
   int TakeTypedSpelling(const Resolved& target, Place* place);
 

@@ -79,6 +79,7 @@ TEST(MemoryFileSystemTest, WindowsRules) {
   EXPECT_EQ(Write(fs, "C:\\b.jpg\\", ""), kPercorsoNonTrovato);
   std::unique_ptr<InputFile> in;
   EXPECT_EQ(fs.OpenInput("C:\\b.jpg/", &in), kPercorsoNonTrovato);
+  EXPECT_EQ(fs.OpenInput("C:\\new\\", &in), kPercorsoNonTrovato);
 
   // A folder cannot move below itself; a folder made again keeps failing but
   // takes the typed spelling.
