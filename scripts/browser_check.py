@@ -222,15 +222,16 @@ def run(cmd, **kw):
 
 
 def make_pictures(folder, count):
-    """count small JPEG pictures P01.JPG ..., every fourth one upright."""
+    """count JPEG pictures P01.JPG ... of a camera's proportions, every fourth
+    one upright, each showing its number."""
     os.makedirs(folder, exist_ok=True)
     for n in range(1, count + 1):
-        size = "240x320" if n % 4 == 0 else "320x214"
+        size = "600x800" if n % 4 == 0 else "1200x800"
         hue = (n * 47) % 360
         r = run(["convert", "-size", size,
                  "gradient:hsl(%d,55%%,62%%)-hsl(%d,50%%,28%%)" % (hue, (hue + 40) % 360),
-                 "-gravity", "center", "-pointsize", "64", "-fill", "white",
-                 "-annotate", "+0+0", "%02d" % n, "-quality", "70",
+                 "-gravity", "center", "-pointsize", "220", "-fill", "white",
+                 "-annotate", "+0+0", "%02d" % n, "-quality", "60",
                  os.path.join(folder, "P%02d.JPG" % n)])
         if r.returncode != 0:
             raise SystemExit("convert failed: " + r.stderr.strip())
