@@ -58,17 +58,12 @@ int FolderCache::StampOf(const std::string& dir, Stamp* stamp) {
   struct stat st;
   if (::stat(dir.c_str(), &st) != 0) return FailureFromErrno(errno);
   if (!S_ISDIR(st.st_mode)) return kPercorsoNonTrovato;
+  constexpr int64_t kBillion = 1000000000;
   stamp->device = st.st_dev;
   stamp->inode = st.st_ino;
-  stamp->modified = st.st_mtim;
-  stamp->changed = st.st_ctim;
+  stamp->modified_ns = st.st_mtim.tv_sec * kBillion + st.st_mtim.tv_nsec;
+  stamp->changed_ns = st.st_ctim.tv_sec * kBillion + st.st_ctim.tv_nsec;
   return kOk;
-}
-
-bool FolderCache::SameStamp(const Stamp& a, const Stamp& b) {
-  return a.device == b.device && a.inode == b.inode && a.modified.tv_sec == b.modified.tv_sec &&
-         a.modified.tv_nsec == b.modified.tv_nsec && a.changed.tv_sec == b.changed.tv_sec &&
-         a.changed.tv_nsec == b.changed.tv_nsec;
 }
 
 int FolderCache::Load(const std::string& dir, Folders::iterator* it) {
@@ -100,7 +95,7 @@ int FolderCache::Current(const std::string& dir, Folders::iterator* it) {
     folders_.erase(*it);
     return failure;
   }
-  if (!SameStamp(now, (*it)->second.stamp)) return Load(dir, it);
+  if (now != (*it)->second.stamp) return Load(dir, it);
   return kOk;
 }
 

@@ -4,7 +4,7 @@
 #include <dirent.h>
 #include <sys/types.h>
 
-#include <ctime>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -46,8 +46,10 @@ class FolderCache {
   struct Stamp {
     dev_t device = 0;
     ino_t inode = 0;
-    timespec modified{};
-    timespec changed{};
+    int64_t modified_ns = 0;
+    int64_t changed_ns = 0;
+
+    bool operator==(const Stamp&) const = default;
   };
   struct Name {
     std::string name;
@@ -60,7 +62,6 @@ class FolderCache {
   using Folders = std::unordered_map<std::string, Folder>;
 
   static int StampOf(const std::string& dir, Stamp* stamp);
-  static bool SameStamp(const Stamp& a, const Stamp& b);
   // Reads the folder's names anew.
   int Load(const std::string& dir, Folders::iterator* it);
   // The folder's names, read again when it changed since.

@@ -193,6 +193,7 @@ TEST_F(HostFileSystemTest, OutsideChangesAreSeen) {
   int attributes = 0;
   EXPECT_EQ(fs_->Attributes("C:\\F\\NEW.JPG", &attributes), kFileNonTrovato);
   EXPECT_EQ(Write("C:\\F\\B.JPG", "b"), kOk);
+  EXPECT_EQ(Read("C:\\f\\b.jpg"), "b");
   tree_.Write("c/f/new.jpg", "n");
   EXPECT_EQ(Read("C:\\F\\NEW.JPG"), "n");
   std::filesystem::remove(Host("c/f/new.jpg"));
