@@ -191,7 +191,7 @@ FolderListing CaseBlindFileSystem::ListFolder(const std::string& path) {
   keyed.reserve(listing.entries.size());
   for (FolderEntry& entry : listing.entries) {
     entry.hidden = IsHiddenName(entry.name);
-    std::string key = ToLower(entry.name);
+    std::string key = ToUpper(entry.name);
     keyed.emplace_back(std::move(key), std::move(entry));
   }
   std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
