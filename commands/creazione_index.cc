@@ -28,20 +28,28 @@ void Cambia_Cartella(Vetrina& v, const std::string& cartella) {
   if (!cartella.empty() && cartella[0] != '\\') v.fs.SetCurrentDrive(cartella.substr(0, 1));
 }
 
+void Rifiuta(Vetrina& v, const char* messaggio) {
+  v.ui.Beep();
+  v.ui.Message(messaggio);
+}
+
+void Prepara_Uscita(Vetrina& v) {
+  Nome_Output parti = Dividi_Nome_Output(v);
+  v.Module1.Dir_Output = parti.cartella;
+  v.Module1.Nome_File_Input = parti.nome;
+  Cambia_Cartella(v, parti.cartella);
+}
+
 void Command1_Click(Vetrina& v) {
   Occupato occupato(v);
   Module1& m = v.Module1;
   FrmAlbum& f = v.frmALBUM;
   m.Conferma_Esistente = 0;
   if (Numero(f.txtNUM_FILE) == 0) {
-    v.ui.Beep();
-    v.ui.Message("Nessun files da elaborare !!!");
+    Rifiuta(v, "Nessun files da elaborare !!!");
     return;
   }
-  Nome_Output parti = Dividi_Nome_Output(v);
-  m.Dir_Output = parti.cartella;
-  m.Nome_File_Input = parti.nome;
-  Cambia_Cartella(v, parti.cartella);
+  Prepara_Uscita(v);
   m.Num_File = f.List1.ListCount();
   m.Primo_File = 1;
   m.Ultimo_File = static_cast<double>(m.Num_File);

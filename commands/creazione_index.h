@@ -32,18 +32,12 @@ void Cambia_Cartella(Vetrina& v, const std::string& cartella);
 // The leading number of a control's text.
 double Numero(const Control& c);
 
-// Marks the program busy for the length of a command.
-class Occupato {
- public:
-  explicit Occupato(Vetrina& v) : v_(v), prima_(v.occupato) { v_.occupato = true; }
-  ~Occupato() { v_.occupato = prima_; }
-  Occupato(const Occupato&) = delete;
-  Occupato& operator=(const Occupato&) = delete;
+// A refused build: a beep and the message.
+void Rifiuta(Vetrina& v, const char* messaggio);
 
- private:
-  Vetrina& v_;
-  bool prima_;
-};
+// The first steps of a build that passed its checks: Dir_Output and
+// Nome_File_Input from txtNOME_FILE_HTM, and the output folder made current.
+void Prepara_Uscita(Vetrina& v);
 
 }  // namespace vf
 

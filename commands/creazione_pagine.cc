@@ -12,12 +12,6 @@
 namespace vf {
 namespace {
 
-bool Rifiuta(Vetrina& v, const char* messaggio) {
-  v.ui.Beep();
-  v.ui.Message(messaggio);
-  return true;
-}
-
 // An album size that is not a whole number of at least 1 would skip
 // pictures, take them twice or never end the page loop, so it is refused.
 bool Dimensione_Valida(double m) { return m >= 1 && m == std::floor(m); }
@@ -51,10 +45,7 @@ void Command4_Click(Vetrina& v) {
     Rifiuta(v, "Indicare quante immagini si voglio per ogni riga !!!");
     return;
   }
-  Nome_Output parti = Dividi_Nome_Output(v);
-  m.Dir_Output = parti.cartella;
-  m.Nome_File_Input = parti.nome;
-  Cambia_Cartella(v, parti.cartella);
+  Prepara_Uscita(v);
   const std::string cartella_scelta = m.Dir_Output;
 
   m.Num_File = f.List1.ListCount();
@@ -85,7 +76,7 @@ void Command4_Click(Vetrina& v) {
   }
   f.List1.Assign(std::move(pagine));
 
-  parti = Dividi_Nome_Output(v);
+  Nome_Output parti = Dividi_Nome_Output(v);
   // After a move by the recovery the final page goes where the pages went.
   if (m.Dir_Output == cartella_scelta) m.Dir_Output = parti.cartella;
   m.Nome_File_Input = parti.nome;

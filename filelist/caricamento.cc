@@ -8,26 +8,11 @@
 namespace vf {
 namespace {
 
-// v.occupato for the length of a load, and back to what it was afterwards,
-// also when the program ends in the middle of it.
-class Occupato {
- public:
-  explicit Occupato(Vetrina& v) : v_(v), prima_(v.occupato) { v_.occupato = true; }
-  ~Occupato() { v_.occupato = prima_; }
-  Occupato(const Occupato&) = delete;
-  Occupato& operator=(const Occupato&) = delete;
-
- private:
-  Vetrina& v_;
-  bool prima_;
-};
-
 // Pictures per table row: one for a short list, else as many as the screen
 // is wide enough for. The user's own value is overwritten.
 const char* Immagini_Per_Riga(Vetrina& v, int64_t conta) {
   if (conta <= 54) return "1";
-  double pixel = v.ui.ScreenWidthTwips() / v.ui.TwipsPerPixelX();
-  return pixel < 800 ? "4" : "5";
+  return Larghezza_Schermo(v) < 800 ? "4" : "5";
 }
 
 }  // namespace

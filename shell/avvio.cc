@@ -40,8 +40,7 @@ void Main_Con_Scelta(Vetrina& v) {
 
 void Form_Load(Vetrina& v) {
   FrmAlbum& f = v.frmALBUM;
-  double pixels = v.ui.ScreenWidthTwips() / v.ui.TwipsPerPixelX();
-  f.txtMAX_PER_RIGA.Text = pixels < 800 ? "4" : "5";
+  f.txtMAX_PER_RIGA.Text = Larghezza_Schermo(v) < 800 ? "4" : "5";
   f.txtMAX_N_FILES.Text = "9";
   f.Command1.Enabled = false;
   f.Command4.Enabled = false;

@@ -4,6 +4,8 @@
 
 namespace vf {
 
+double Larghezza_Schermo(Vetrina& v) { return v.ui.ScreenWidthTwips() / v.ui.TwipsPerPixelX(); }
+
 bool Maiuscole(const Vetrina& v) { return v.frmALBUM.Option1.Value != 0; }
 
 std::string CasoScelto(const Vetrina& v, std::string_view text) {

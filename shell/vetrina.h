@@ -40,6 +40,23 @@ struct Vetrina {
   bool occupato = false;
 };
 
+// Marks the program busy for the length of a build or a load, and puts the
+// mark back as it was afterwards, also when the program ends in the middle.
+class Occupato {
+ public:
+  explicit Occupato(Vetrina& v) : v_(v), prima_(v.occupato) { v_.occupato = true; }
+  ~Occupato() { v_.occupato = prima_; }
+  Occupato(const Occupato&) = delete;
+  Occupato& operator=(const Occupato&) = delete;
+
+ private:
+  Vetrina& v_;
+  bool prima_;
+};
+
+// The screen's width in pixels: its width in twips over the twips per pixel.
+double Larghezza_Schermo(Vetrina& v);
+
 // Upper-case mode: Option1 ("Maiuscole") is selected at this moment.
 bool Maiuscole(const Vetrina& v);
 // A text folded whole to the chosen case.

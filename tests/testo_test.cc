@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/case_fold.h"
 
 namespace vf {
 namespace {
@@ -39,16 +38,6 @@ TEST(Testo, NumberFormsAndRounding) {
   EXPECT_EQ(Trim("  a b  "), "a b");
   EXPECT_EQ(Trim("   "), "");
   EXPECT_EQ(Intero(1e300), Intero(9.3e18));
-}
-
-TEST(CaseFold, AsciiAndLatin1LettersOnly) {
-  EXPECT_EQ(ToUpper("c:\\foto\\perch\xC3\xA9.jpg"), "C:\\FOTO\\PERCH\xC3\x89.JPG");
-  EXPECT_EQ(ToLower("\xC3\x80\xC3\x97\xC3\x9E"), "\xC3\xA0\xC3\x97\xC3\xBE");
-  // Other bytes, Latin-1 bytes that are no UTF-8 included, stay as they are.
-  EXPECT_EQ(ToUpper("\xE0\xC3"), "\xE0\xC3");
-  EXPECT_EQ(ToUpper("\xE2\x82\xAC"), "\xE2\x82\xAC");
-  EXPECT_TRUE(EqualIgnoringCase("Perch\xC3\xA9", "PERCH\xC3\x89"));
-  EXPECT_FALSE(EqualIgnoringCase("a", "ab"));
 }
 
 }  // namespace
