@@ -6,3 +6,5 @@ bash scripts/install-deps.sh
 bash scripts/build.sh build
 export QT_QPA_PLATFORM=offscreen
 (cd build && ctest --output-on-failure -j "$(nproc)")
+# The sample site, built by the runner, loaded page by page in Chromium.
+bash scripts/browser-check.sh build
