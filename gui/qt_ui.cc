@@ -133,16 +133,19 @@ void QtUi::Repaint() {
 }
 
 QString QtUi::CartellaIniziale(const std::string& start_folder) {
-  const std::string winpath = start_folder.empty() ? fs_.CurrentFolder() : start_folder;
-  std::optional<std::string> host = fs_.HostPath(winpath);
-  if (host) {
-    QString cartella = DaHost(*host);
-    while (!cartella.isEmpty() && !QFileInfo(cartella).isDir()) {
-      QString sopra = QFileInfo(cartella).path();
-      if (sopra == cartella) break;
-      cartella = sopra;
+  std::string cartella = start_folder.empty() ? fs_.CurrentFolder() : start_folder;
+  // Up one part at a time until a folder is there; a drive's root ends it.
+  for (int giri = 0; giri < 1000 && !cartella.empty(); ++giri) {
+    if (std::optional<std::string> host = fs_.HostPath(cartella)) {
+      const QString trovata = DaHost(*host);
+      if (QFileInfo(trovata).isDir()) return trovata;
     }
-    if (QFileInfo(cartella).isDir()) return cartella;
+    while (!cartella.empty() && (cartella.back() == '\\' || cartella.back() == '/')) {
+      cartella.pop_back();
+    }
+    const size_t barra = cartella.find_last_of("\\/");
+    if (barra == std::string::npos) break;
+    cartella.erase(barra + 1);
   }
   return QDir::homePath();
 }
