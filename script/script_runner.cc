@@ -65,7 +65,9 @@ int ScriptRunner::Run(std::istream& in) {
   while (std::getline(in, line)) {
     ++number;
     if (!line.empty() && line.back() == '\r') line.pop_back();
-    size_t first = line.find_first_not_of(" \t");
+    // Blank in the sense the words are split by, so that a statement always
+    // has a first word.
+    size_t first = line.find_first_not_of(" \t\n\v\f\r");
     if (first == std::string::npos || line[first] == '#') continue;
     bool understood = false;
     try {
@@ -137,7 +139,8 @@ bool ScriptRunner::SetUp(const std::string& word, const std::string& line) {
     if (words.size() < 3 || words[1].size() != 1 || !std::isalpha(static_cast<unsigned char>(words[1][0]))) {
       return false;
     }
-    std::string path = *TextAfter(line, 2);
+    // Words split at tabs too, so the text after them may be missing.
+    std::string path = TextAfter(line, 2).value_or("");
     bool readonly = false;
     const std::string suffix = " readonly";
     if (words.size() >= 4 && words.back() == "readonly" && path.size() > suffix.size() &&
