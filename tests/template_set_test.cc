@@ -38,7 +38,7 @@ const std::string kPrevMarker = "../dir_000p/menu.htm";
 const std::string kNextMarker = "../dir_000s/menu.htm";
 
 std::string Place(int n) {
-  char buf[8];
+  char buf[16];
   std::snprintf(buf, sizeof buf, "%03d", n);
   return buf;
 }
