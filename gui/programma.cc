@@ -51,10 +51,10 @@ void Programma::AvviaConScelta() {
 void Programma::Clic(const std::string& nome) {
   if (finito_) return;
   if (InCorso()) {
-    // Inside a running command only the end of the program gets through,
-    // at the command's next repaint point. The widget that was clicked
-    // shows the model again.
-    if (nome == "cmdFINE") ui_->RichiediFine();
+    // Inside a running command only the end of the program (F I N E, or
+    // Annulla of the usage dialog) gets through, at the command's next
+    // repaint point. The widget that was clicked shows the model again.
+    if (nome == "cmdFINE" || nome == "frmALBUM1.Command2") ui_->RichiediFine();
     Aggiorna(true);
     return;
   }
