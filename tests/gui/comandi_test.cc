@@ -134,14 +134,7 @@ TEST(Comandi, NoSecondCommandInsideALoad) {
   EXPECT_EQ(t.finestra().elenco().model()->rowCount(), 0);
 }
 
-TEST(Comandi, FineWhenIdleAndClosingTheWindow) {
-  {
-    ProgrammaDiProva t;
-    t.p().Avvia();
-    t.Pulsante("cmdFINE")->click();
-    EXPECT_TRUE(t.p().Finito());
-    EXPECT_EQ(t.fine, 1);
-  }
+TEST(Comandi, ClosingTheWindowEndsTheProgramAtOnceOrAtTheNextRepaintPoint) {
   {
     ProgrammaDiProva t;
     t.p().Avvia();
@@ -149,18 +142,17 @@ TEST(Comandi, FineWhenIdleAndClosingTheWindow) {
     EXPECT_TRUE(t.p().Finito());
     EXPECT_EQ(t.fine, 1);
   }
-}
-
-TEST(Comandi, ClosingTheWindowDuringAScanEndsAtTheNextRepaintPoint) {
-  Cartella foto;
-  foto.Albero("foto", 10, 30);
-  ProgrammaDiProva t;
-  t.p().Avvia();
-  t.Scrivi("txtPATH_RICERCA", t.Windows(foto.Host("foto")));
-  QTimer::singleShot(0, &t.finestra(), [&] { t.finestra().close(); });
-  t.Pulsante("cmdCONFERMA")->click();
-  EXPECT_TRUE(t.p().Finito());
-  EXPECT_LT(t.v().frmALBUM.List1.ListCount(), 300);
+  {
+    Cartella foto;
+    foto.Albero("foto", 10, 30);
+    ProgrammaDiProva t;
+    t.p().Avvia();
+    t.Scrivi("txtPATH_RICERCA", t.Windows(foto.Host("foto")));
+    QTimer::singleShot(0, &t.finestra(), [&] { t.finestra().close(); });
+    t.Pulsante("cmdCONFERMA")->click();
+    EXPECT_TRUE(t.p().Finito());
+    EXPECT_LT(t.v().frmALBUM.List1.ListCount(), 300);
+  }
 }
 
 }  // namespace
