@@ -4,7 +4,7 @@
 # typed in the other case, as a ratio to a plain stat of the same files.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+source bench/lib.sh
 dir=${1:-build-bench}
-cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVF_BUILD_GUI=OFF -DVF_BUILD_TESTS=OFF >/dev/null
-cmake --build "$dir" --target path_lookup_bench >/dev/null
+vf_build "$dir" path_lookup_bench
 "$dir/bin/path_lookup_bench"
