@@ -8,3 +8,7 @@ export QT_QPA_PLATFORM=offscreen
 (cd build && ctest --output-on-failure -j "$(nproc)")
 # The sample site, built by the runner, loaded page by page in Chromium.
 bash scripts/browser-check.sh build
+# The suite again under AddressSanitizer and UndefinedBehaviorSanitizer.
+bash scripts/sanitized-tests.sh build-asan
+# Fuzzing of what people hand in: templates, list entries, paths, numbers, scripts.
+bash scripts/fuzz.sh
