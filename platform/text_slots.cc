@@ -13,15 +13,22 @@ int TextSlots::OpenForReading(int slot, const std::string& path) {
   if (failure != kOk) return failure;
   Slot& s = slots_[slot];
   s.input = std::move(file);
+  s.where = fs_.Normalize(path);
   return kOk;
 }
 
 int TextSlots::OpenForWriting(int slot, const std::string& path) {
   Close(slot);
+  std::string where = fs_.Normalize(path);
+  for (const auto& [number, open] : slots_) {
+    if (!where.empty() && open.where == where) return kErroreAccesso;
+  }
   std::unique_ptr<OutputFile> file;
   int failure = fs_.OpenOutput(path, &file);
   if (failure != kOk) return failure;
-  slots_[slot].output = std::move(file);
+  Slot& s = slots_[slot];
+  s.output = std::move(file);
+  s.where = std::move(where);
   return kOk;
 }
 

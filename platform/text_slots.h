@@ -19,7 +19,9 @@ class TextSlots {
   ~TextSlots();
 
   int OpenForReading(int slot, const std::string& path);
-  // Creates the file or empties an existing one.
+  // Creates the file or empties an existing one. A file open in another slot
+  // is refused with 75: emptying it would lose what is still to be read from
+  // it, as when a page is written over its own template.
   int OpenForWriting(int slot, const std::string& path);
   // A slot that is not open, or open for writing: 52. Past the end: 75.
   int ReadLine(int slot, std::string* line);
@@ -38,8 +40,9 @@ class TextSlots {
     std::unique_ptr<OutputFile> output;
     std::string buffer;  // bytes read but not yet given as lines
     size_t pos = 0;
-    bool eof = false;  // the InputFile has no more bytes
-    int failure = 0;   // a read failure, given at the next ReadLine
+    bool eof = false;   // the InputFile has no more bytes
+    int failure = 0;    // a read failure, given at the next ReadLine
+    std::string where;  // the path as the file layer normalizes it
   };
   // Makes sure at least one byte is buffered unless the file has ended.
   void Fill(Slot& s);

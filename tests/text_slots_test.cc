@@ -57,5 +57,23 @@ TEST(TextSlotsTest, WritingAndSlotsNotOpen) {
   EXPECT_EQ(slots.ReadLine(2, &line), kNomeNonValido);
 }
 
+TEST(TextSlotsTest, AFileOpenInAnotherSlotIsNotEmptied) {
+  MemoryFileSystem fs;
+  fs.AddFile("C:\\T\\IMG_001.HTM", "template\r\n");
+  TextSlots slots(fs);
+  ASSERT_EQ(slots.OpenForReading(3, "C:\\T\\IMG_001.HTM"), kOk);
+  // The same file by another spelling, open for reading or for writing.
+  EXPECT_EQ(slots.OpenForWriting(4, "c:\\t\\.\\img_001.htm"), kErroreAccesso);
+  ASSERT_EQ(slots.OpenForWriting(1, "C:\\T\\index.htm"), kOk);
+  EXPECT_EQ(slots.OpenForWriting(4, "C:\\T\\INDEX.HTM"), kErroreAccesso);
+  std::string line;
+  EXPECT_EQ(slots.ReadLine(3, &line), kOk);
+  EXPECT_EQ(line, "template");
+  // Its own slot is closed first, and a closed file is free again.
+  EXPECT_EQ(slots.OpenForWriting(1, "C:\\T\\index.htm"), kOk);
+  EXPECT_EQ(slots.Close(3), kOk);
+  EXPECT_EQ(slots.OpenForWriting(4, "C:\\T\\IMG_001.HTM"), kOk);
+}
+
 }  // namespace
 }  // namespace vf
