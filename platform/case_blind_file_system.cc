@@ -133,6 +133,23 @@ int CaseBlindFileSystem::Rename(const std::string& from, const std::string& to) 
   int failure = Resolve(from, true, &source);
   if (failure != kOk) return failure;
   if (!source.found) return kFileNonTrovato;
+  std::string same = Normalize(from);
+  if (!same.empty() && same == Normalize(to) && !source.place.names.empty()) {
+    // The source itself, differing only in case: it stays in its own folder
+    // even where a folder differing only in case stands beside it, and only
+    // its last part takes the typed spelling, never over another file.
+    Resolved itself = source;
+    if (Parse(to, &itself.typed) != kOk || itself.typed.parts.empty()) return kNomeNonValido;
+    const std::string& name = itself.typed.parts.back();
+    if (name != source.place.names.back()) {
+      Place folder = source.place;
+      folder.names.pop_back();
+      std::optional<Match> other;
+      if (Find(folder, name, &other) == kOk && other && other->name == name) return kFileEsistente;
+    }
+    Place place;
+    return TakeTypedSpelling(itself, &place);
+  }
   Resolved target;
   failure = Resolve(to, true, &target);
   if (failure != kOk) return failure;

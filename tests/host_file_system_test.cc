@@ -104,6 +104,18 @@ TEST_F(HostFileSystemTest, SelfCopyAndRenames) {
   EXPECT_EQ(fs_->Rename("C:\\p2.jpg", "C:\\Tre.jpg"), kOk);
   EXPECT_EQ(tree_.Tree("c"), (Names{"Tre.jpg", "p1.jpg"}));
   EXPECT_EQ(tree_.Read("c/p1.jpg"), "p1");
+
+  // A case-only rename keeps the file in its own folder, even beside a
+  // folder whose name differs only in case, and never replaces another file.
+  tree_.Write("c/F/SUB/Q.JPG", "q");
+  tree_.Write("c/F/sub/other.jpg", "o");
+  tree_.Write("c/F/SUB/r.jpg", "small r");
+  tree_.Write("c/F/SUB/R.JPG", "capital R");
+  EXPECT_EQ(fs_->Rename("C:\\F\\SUB\\Q.JPG", "c:\\f\\sub\\q.jpg"), kOk);
+  EXPECT_EQ(fs_->Rename("C:\\F\\SUB\\R.JPG", "c:\\f\\sub\\r.jpg"), kFileEsistente);
+  EXPECT_EQ(tree_.Tree("c/F"),
+            (Names{"SUB/", "SUB/R.JPG", "SUB/q.jpg", "SUB/r.jpg", "sub/", "sub/other.jpg"}));
+  EXPECT_EQ(tree_.Read("c/F/SUB/R.JPG"), "capital R");
 }
 
 TEST_F(HostFileSystemTest, ReadOnlyMissingUnmappedAndRefused) {
