@@ -12,8 +12,9 @@ seconds=${FUZZ_SECONDS:-20}
 dir=${FUZZ_BUILD:-build-fuzz}
 findings=${FUZZ_OUT:-fuzz-findings}
 
-CC=clang CXX=clang++ cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-  -DVF_FUZZ=ON -DVF_BUILD_GUI=OFF -DVF_BUILD_TESTS=OFF >/dev/null
+CC=clang CXX=clang++ cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+  "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -gline-tables-only" -DVF_FUZZ=ON -DVF_BUILD_GUI=OFF \
+  -DVF_BUILD_TESTS=OFF >/dev/null
 cmake --build "$dir" --target vf_fuzzers -j "$(nproc)"
 
 work=$(mktemp -d)
