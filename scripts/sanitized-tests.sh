@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Builds the tests with AddressSanitizer and UndefinedBehaviorSanitizer into
 # their own folder (default build-asan) and runs the whole suite there. The
-# end-to-end tests run that build's runner, so it is checked too. Reports go
-# to files as well, so that one from a runner that a test expected to fail
-# still fails the run.
+# end-to-end tests run that build's runner, so it is checked too. After any
+# report a process exits with 99, a status no test expects of the runner,
+# and AddressSanitizer's reports also go to files that fail the run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 dir=${1:-build-asan}
@@ -15,7 +15,7 @@ bash scripts/build.sh "$dir" -DVF_SANITIZE=ON -DVF_BUILD_GUI=OFF -DCMAKE_BUILD_T
 reports=$(mktemp -d)
 trap 'rm -rf "$reports"' EXIT
 export ASAN_OPTIONS="log_path=$reports/asan:exitcode=99:detect_leaks=1"
-export UBSAN_OPTIONS="log_path=$reports/ubsan:print_stacktrace=1:halt_on_error=1"
+export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1:exitcode=99"
 status=0
 (cd "$dir" && ctest --output-on-failure -j "$(nproc)") || status=1
 if [ -n "$(ls -A "$reports")" ]; then
