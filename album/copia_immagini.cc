@@ -17,17 +17,17 @@ void Copia_Immagini_Album(Vetrina& v, StatoEsecuzione& s) {
     int failure = v.fs.Copy(s.File_Origine, s.File_Destinazione);
     if (failure != kOk) {
       s.Err = failure;
-      v.ui.Message("Errore nella copia dell'immagine " + s.Nome_Asset + "\r\nERR=" +
-                   ConBlank(failure) + " - " + FailureText(failure) + Coda_Copia(s));
+      v.ui.Message("Errore nella copia dell'immagine " + s.Nome_Asset +
+                   "\r\nERR=" + ConBlank(failure) + " - " + FailureText(failure) + Coda_Copia(s));
     }
   }
 }
 
 void Copia_Immagini_Sito(Vetrina& v) {
-  for (const char* nome : {"INTESTAZ.HTM", "INTEST_2.HTM", "PIEDE.HTM", "PIEDE_2.HTM",
-                           "diaposit.jpg", "film-1a.jpg", "foto-1a.jpg", "htm-1a.jpg",
-                           "music-1a.jpg", "sfondo1g.jpg", "sfondo1p.jpg", "pulsante.jpg",
-                           "sfondo_1.gif", "sfondo_2.gif"}) {
+  for (const char* nome :
+       {"INTESTAZ.HTM", "INTEST_2.HTM", "PIEDE.HTM", "PIEDE_2.HTM", "diaposit.jpg", "film-1a.jpg",
+        "foto-1a.jpg", "htm-1a.jpg", "music-1a.jpg", "sfondo1g.jpg", "sfondo1p.jpg", "pulsante.jpg",
+        "sfondo_1.gif", "sfondo_2.gif"}) {
     v.fs.Copy(v.ui.ProgramFolder() + "\\" + nome, CasoScelto(v, v.Module1.Dir_Output + nome));
   }
 }

@@ -45,8 +45,8 @@ void Nome_Immagine(Vetrina& v, StatoEsecuzione& s, size_t p, int64_t i) {
   double m = Dimensione_Album(v);
   // Places count from the first entry of this run and its first album, which
   // for a single build is the start of the list and album 1.
-  double posizione = static_cast<double>(s.Num_Album - v.Primo_Album) * m +
-                     static_cast<double>(i) - 1 + (v.Module1.Primo_File - 1);
+  double posizione = static_cast<double>(s.Num_Album - v.Primo_Album) * m + static_cast<double>(i) -
+                     1 + (v.Module1.Primo_File - 1);
   std::string voce = Trim(v.frmALBUM.List1.List(ArrotondaPari(posizione)));
   std::string estensione = voce.size() <= 3 ? voce : voce.substr(voce.size() - 3);
   s.Estensione = CasoScelto(v, estensione);

@@ -12,8 +12,8 @@ namespace vf {
 
 void Passo_Pagina_Immagine(Vetrina& v, StatoEsecuzione& s) {
   std::string nnn = Cifre(s.Num_Img_Album + 1, 3);
-  s.File_Origine = CasoScelto(
-      v, v.ui.ProgramFolder() + "\\VETRINA-FOTO_DEFAULT\\dir_0001\\IMG_" + nnn + ".HTM");
+  s.File_Origine =
+      CasoScelto(v, v.ui.ProgramFolder() + "\\VETRINA-FOTO_DEFAULT\\dir_0001\\IMG_" + nnn + ".HTM");
   s.File_Destinazione = CasoScelto(v, s.Dir_Album + "\\IMG_" + nnn + ".HTM");
   Crea_Pagina_Immagine(v, s);
   if (s.Err != kOk) {

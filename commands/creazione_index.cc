@@ -19,7 +19,8 @@ Nome_Output Dividi_Nome_Output(const Vetrina& v) {
 void Componi_Nome_Output(Vetrina& v) {
   Module1& m = v.Module1;
   size_t punto = m.Nome_File_Input.find('.');
-  m.Nome_File_Output = punto == std::string::npos ? m.Nome_File_Input : m.Nome_File_Input.substr(0, punto);
+  m.Nome_File_Output =
+      punto == std::string::npos ? m.Nome_File_Input : m.Nome_File_Input.substr(0, punto);
   m.Nome_File_Output += Maiuscole(v) ? ".HTM" : ".htm";
 }
 
@@ -33,6 +34,13 @@ void Rifiuta(Vetrina& v, const char* messaggio) {
   v.ui.Message(messaggio);
 }
 
+bool Elenco_Da_Elaborare(Vetrina& v) {
+  v.Module1.Conferma_Esistente = 0;
+  if (Numero(v.frmALBUM.txtNUM_FILE) != 0) return true;
+  Rifiuta(v, "Nessun files da elaborare !!!");
+  return false;
+}
+
 void Prepara_Uscita(Vetrina& v) {
   Nome_Output parti = Dividi_Nome_Output(v);
   v.Module1.Dir_Output = parti.cartella;
@@ -44,11 +52,7 @@ void Command1_Click(Vetrina& v) {
   Occupato occupato(v);
   Module1& m = v.Module1;
   FrmAlbum& f = v.frmALBUM;
-  m.Conferma_Esistente = 0;
-  if (Numero(f.txtNUM_FILE) == 0) {
-    Rifiuta(v, "Nessun files da elaborare !!!");
-    return;
-  }
+  if (!Elenco_Da_Elaborare(v)) return;
   Prepara_Uscita(v);
   m.Num_File = f.List1.ListCount();
   m.Primo_File = 1;

@@ -35,6 +35,11 @@ double Numero(const Control& c);
 // A refused build: a beep and the message.
 void Rifiuta(Vetrina& v, const char* messaggio);
 
+// The first step of every build: Conferma_Esistente cleared, so that even a
+// refused build clears it, then the refusal of a list that the counter's text
+// says is empty. False when the build is refused.
+bool Elenco_Da_Elaborare(Vetrina& v);
+
 // The first steps of a build that passed its checks: Dir_Output and
 // Nome_File_Input from txtNOME_FILE_HTM, and the output folder made current.
 void Prepara_Uscita(Vetrina& v);

@@ -32,11 +32,7 @@ void Command4_Click(Vetrina& v) {
   Occupato occupato(v);
   Module1& m = v.Module1;
   FrmAlbum& f = v.frmALBUM;
-  m.Conferma_Esistente = 0;
-  if (Numero(f.txtNUM_FILE) == 0) {
-    Rifiuta(v, "Nessun files da elaborare !!!");
-    return;
-  }
+  if (!Elenco_Da_Elaborare(v)) return;
   if (!Dimensione_Valida(Numero(f.txtMAX_N_FILES))) {
     Rifiuta(v, "Indicare numero massimo files per pagina .HTM da elaborare !!!");
     return;
@@ -61,7 +57,8 @@ void Command4_Click(Vetrina& v) {
     m.Ultimo_File = dimensione + num_presi;
     std::string n = std::to_string(m.Num_Pagina);
     m.Nome_File_Output = Maiuscole(v) ? "PAG_" + n + ".HTM" : "pag_" + n + ".htm";
-    if (m.Num_Pagina < 1001) m.Elenco_Pagine[static_cast<size_t>(m.Num_Pagina)] = m.Nome_File_Output;
+    if (m.Num_Pagina < 1001)
+      m.Elenco_Pagine[static_cast<size_t>(m.Num_Pagina)] = m.Nome_File_Output;
     Esegui(v);
     dimensione = Numero(f.txtMAX_N_FILES);
     if (!Dimensione_Valida(dimensione)) break;

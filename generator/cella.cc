@@ -42,14 +42,16 @@ void Apri_Cella(Vetrina& v, StatoEsecuzione& s) {
   const std::string& q = s.Virgolette;
   std::string pulsante = Maiuscole(v) ? "PULSANTE.JPG" : "pulsante.jpg";
   Scrivi(v, s, "<td valign=" + q + "Top" + q + ">");
-  Scrivi(v, s, "  <table border=" + q + "0" + q + " cellpadding=" + q + "0" + q + " cellspacing=" +
-                   q + "0" + q + " width=" + q + " 130" + q + ">");
+  Scrivi(v, s,
+         "  <table border=" + q + "0" + q + " cellpadding=" + q + "0" + q + " cellspacing=" + q +
+             "0" + q + " width=" + q + " 130" + q + ">");
   Scrivi(v, s, "  <tr>");
-  Scrivi(v, s, "   <td background=" + q + pulsante + q + " width=" + q + "130" + q + " height=" + q +
-                   "30" + q + ">");
-  Scrivi(v, s, "    <table border=" + q + "0" + q + " cellpadding=" + q + "0" + q +
-                   " cellspacing=" + q + "0" + q + " width=" + q + "130" + q + " height=" + q +
-                   "30" + q + ">");
+  Scrivi(v, s,
+         "   <td background=" + q + pulsante + q + " width=" + q + "130" + q + " height=" + q +
+             "30" + q + ">");
+  Scrivi(v, s,
+         "    <table border=" + q + "0" + q + " cellpadding=" + q + "0" + q + " cellspacing=" + q +
+             "0" + q + " width=" + q + "130" + q + " height=" + q + "30" + q + ">");
   Scrivi(v, s, "     <tr>");
   Scrivi(v, s, "      <td><p align=" + q + "center" + q + ">");
 }

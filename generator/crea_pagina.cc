@@ -85,7 +85,8 @@ bool Controlli(Vetrina& v) {
     std::string path = programma + "\\" + nome;
     if (!Esiste_Modello(v, 3, path)) {
       v.ui.Beep();
-      if (!v.ui.Question(std::string("Manca il file ") + nome + ", continuo ?" + kCR + kCR + path)) {
+      if (!v.ui.Question(std::string("Manca il file ") + nome + ", continuo ?" + kCR + kCR +
+                         path)) {
         return false;
       }
     }
@@ -134,8 +135,7 @@ void Crea_Pagina(Vetrina& v) {
   v.slots.Close(1);
   v.slots.Close(3);
   v.slots.Close(4);
-  v.Album_Successivo =
-      s.Ultimo_Album_Iniziato > 0 ? s.Ultimo_Album_Iniziato + 1 : v.Primo_Album;
+  v.Album_Successivo = s.Ultimo_Album_Iniziato > 0 ? s.Ultimo_Album_Iniziato + 1 : v.Primo_Album;
   Fine_Pagina(v);
 }
 

@@ -58,8 +58,8 @@ Esito Righe(Vetrina& v, StatoEsecuzione& s, std::initializer_list<const char*> r
 Esito Apri_Pagina(Vetrina& v, StatoEsecuzione& s) {
   v.ui.Cursor(true);
   v.slots.Close(1);
-  Esito e = Passo(v, s,
-                  v.slots.OpenForWriting(1, v.Module1.Dir_Output + v.Module1.Nome_File_Output));
+  Esito e =
+      Passo(v, s, v.slots.OpenForWriting(1, v.Module1.Dir_Output + v.Module1.Nome_File_Output));
   if (e != Esito::kAvanti) return e;
   e = Righe(v, s, {"<HTML>"});
   if (e != Esito::kAvanti) return e;
@@ -69,9 +69,10 @@ Esito Apri_Pagina(Vetrina& v, StatoEsecuzione& s) {
   const std::string indice = Maiuscole(v) ? "INDEX.HTM" : "index.htm";
   if (v.Module1.Nome_File_Output.find(indice) == std::string::npos) {
     const std::string& q = s.Virgolette;
-    std::string link = "<H2><a href=" + q + indice + q + " target=" + q + "_top" + q +
-                       "><p align=" + q + "center" + q + "><font color=" + q + "#FFFF80" + q +
-                       "><strong><em>Ritorna alla pagina iniziale</strong></em></font></p></a></H2>";
+    std::string link =
+        "<H2><a href=" + q + indice + q + " target=" + q + "_top" + q + "><p align=" + q +
+        "center" + q + "><font color=" + q + "#FFFF80" + q +
+        "><strong><em>Ritorna alla pagina iniziale</strong></em></font></p></a></H2>";
     return Passo(v, s, v.slots.WriteLine(1, link));
   }
   return Esito::kAvanti;

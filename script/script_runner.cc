@@ -136,7 +136,8 @@ bool ScriptRunner::Statement(const std::string& line) {
 bool ScriptRunner::SetUp(const std::string& word, const std::string& line) {
   std::vector<std::string> words = Words(line);
   if (word == "drive") {
-    if (words.size() < 3 || words[1].size() != 1 || !std::isalpha(static_cast<unsigned char>(words[1][0]))) {
+    if (words.size() < 3 || words[1].size() != 1 ||
+        !std::isalpha(static_cast<unsigned char>(words[1][0]))) {
       return false;
     }
     // Words split at tabs too, so the text after them may be missing.

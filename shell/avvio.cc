@@ -13,8 +13,8 @@ void Layout_Semplificato(FrmAlbum& f) {
   f.Label6[3].Caption = "3";
   f.Label6[6].Caption = "4";
   f.Label6[3].Top = f.Label6[3].Top + 300;
-  for (Control* c : {&f.Command2, &f.Command1, &f.Label5, &f.txtNOME_FILE_HTM, &f.Check1,
-                     &f.Check2, &f.Shape1, &f.Option1, &f.Option2}) {
+  for (Control* c : {&f.Command2, &f.Command1, &f.Label5, &f.txtNOME_FILE_HTM, &f.Check1, &f.Check2,
+                     &f.Shape1, &f.Option1, &f.Option2}) {
     c->Visible = false;
   }
   f.Command4.Visible = true;

@@ -30,7 +30,8 @@ Control* FindIn(const std::vector<Control*>& controls, std::string_view name) {
 
 FrmAlbum::FrmAlbum() {
   using K = Control::Kind;
-  Set(txtPATH_RICERCA, "txtPATH_RICERCA", K::kTextBox, 0, 1920, 240, 4215, 285, "C:\\VETRINA-FOTO\\");
+  Set(txtPATH_RICERCA, "txtPATH_RICERCA", K::kTextBox, 0, 1920, 240, 4215, 285,
+      "C:\\VETRINA-FOTO\\");
   Set(txtESTENSIONE, "txtESTENSIONE", K::kTextBox, 1, 2280, 600, 615, 285, "*");
   Set(txtNOME_FILE_HTM, "txtNOME_FILE_HTM", K::kTextBox, 2, 1550, 960, 4575, 285, "");
   Set(Command7, "Command7", K::kButton, 3, 6120, 240, 495, 280, "...");
@@ -88,15 +89,20 @@ FrmAlbum::FrmAlbum() {
 }
 
 std::vector<Control*> FrmAlbum::Controls() {
-  return {&txtPATH_RICERCA, &txtESTENSIONE, &txtNOME_FILE_HTM, &Command7,    &Command6,
-          &Command2,        &Command3,      &cmdCONFERMA,      &cmdCONFERMA_Tutti,
-          &Command1,        &Command4,      &txtMAX_N_FILES,   &txtMAX_PER_RIGA,
-          &cmdIns_File,     &cmdCANC_FILE,  &txtNUM_FILE,      &Check1,      &Check2,
-          &Option1,         &Option2,       &Command5,         &cmdFINE,     &List1Frame,
-          &Label1,          &Label2,        &Label3,           &Label4,      &Label5,
-          &Label6[0],       &Label6[1],     &Label6[2],        &Label6[3],   &Label6[4],
-          &Label6[5],       &Label7,        &Label8,           &Label6[6],   &Frame1,
-          &Option3[0],      &Option3[1],    &Shape1,           &CommonDialog1,
+  return {&txtPATH_RICERCA, &txtESTENSIONE, &txtNOME_FILE_HTM,
+          &Command7,        &Command6,      &Command2,
+          &Command3,        &cmdCONFERMA,   &cmdCONFERMA_Tutti,
+          &Command1,        &Command4,      &txtMAX_N_FILES,
+          &txtMAX_PER_RIGA, &cmdIns_File,   &cmdCANC_FILE,
+          &txtNUM_FILE,     &Check1,        &Check2,
+          &Option1,         &Option2,       &Command5,
+          &cmdFINE,         &List1Frame,    &Label1,
+          &Label2,          &Label3,        &Label4,
+          &Label5,          &Label6[0],     &Label6[1],
+          &Label6[2],       &Label6[3],     &Label6[4],
+          &Label6[5],       &Label7,        &Label8,
+          &Label6[6],       &Frame1,        &Option3[0],
+          &Option3[1],      &Shape1,        &CommonDialog1,
           &CommonDialog2};
 }
 

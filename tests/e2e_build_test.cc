@@ -12,26 +12,28 @@ namespace {
 const std::string kRitorno =
     "<H2><a href=\"index.htm\" target=\"_top\"><p align=\"center\"><font "
     "color=\"#FFFF80\"><strong><em>Ritorna alla pagina iniziale</strong></em></font></p></a></H2>";
-const std::string kTabella = "<table border=\"0\" cellpadding=\"0\" cellspacing=\"10\" width=\"130\">";
+const std::string kTabella =
+    "<table border=\"0\" cellpadding=\"0\" cellspacing=\"10\" width=\"130\">";
 
 std::vector<std::string> Cella(const std::string& pulsante, const std::string& link,
                                const std::string& etichetta) {
-  return {"<td valign=\"Top\">",
-          "  <table border=\"0\" cellpadding=\"0\" cellspacing=\"0\" width=\" 130\">",
-          "  <tr>",
-          "   <td background=\"" + pulsante + "\" width=\"130\" height=\"30\">",
-          "    <table border=\"0\" cellpadding=\"0\" cellspacing=\"0\" width=\"130\" height=\"30\">",
-          "     <tr>",
-          "      <td><p align=\"center\">",
-          "        <A HREF=\"" + link + "\">",
-          etichetta + "</A>",
-          "      </td>",
-          "     </tr>",
-          "    </table>",
-          "   </td>",
-          "  </tr>",
-          "</table></td>",
-          " "};
+  return {
+      "<td valign=\"Top\">",
+      "  <table border=\"0\" cellpadding=\"0\" cellspacing=\"0\" width=\" 130\">",
+      "  <tr>",
+      "   <td background=\"" + pulsante + "\" width=\"130\" height=\"30\">",
+      "    <table border=\"0\" cellpadding=\"0\" cellspacing=\"0\" width=\"130\" height=\"30\">",
+      "     <tr>",
+      "      <td><p align=\"center\">",
+      "        <A HREF=\"" + link + "\">",
+      etichetta + "</A>",
+      "      </td>",
+      "     </tr>",
+      "    </table>",
+      "   </td>",
+      "  </tr>",
+      "</table></td>",
+      " "};
 }
 
 std::vector<std::string> Testa() {
@@ -81,17 +83,20 @@ TEST(SingleBuild, EmptyListWritesSkeletonInBothCasesAndCopiesSiteFiles) {
                               "print Module1.Nome_File_Output\nprint Command5.Enabled\n",
                           site.tree.root());
   ASSERT_EQ(r.status, 0) << r.err;
-  std::vector<std::string> expected = {"Command5.Enabled = False", "CURSOR: BUSY",
-                                       "CURSOR: NORMAL", "BEEP",
-                                       "ASK: Visualizzo la pagina creata c:\\sito\\foto.htm (S/N)  -> NO",
-                                       "Module1.Dir_Output = c:\\sito\\",
-                                       "Module1.Nome_File_Input = foto.mare.html",
-                                       "Module1.Nome_File_Output = foto.htm",
-                                       "Command5.Enabled = True"};
+  std::vector<std::string> expected = {
+      "Command5.Enabled = False",
+      "CURSOR: BUSY",
+      "CURSOR: NORMAL",
+      "BEEP",
+      "ASK: Visualizzo la pagina creata c:\\sito\\foto.htm (S/N)  -> NO",
+      "Module1.Dir_Output = c:\\sito\\",
+      "Module1.Nome_File_Input = foto.mare.html",
+      "Module1.Nome_File_Output = foto.htm",
+      "Command5.Enabled = True"};
   EXPECT_EQ(r.lines, expected);
   std::vector<std::string> page = Testa();
-  Append(page, {kRitorno, kTabella, "<tr>", " ", " </tr>", "</table>", "</center></div>",
-                "</body>", "</HTML>"});
+  Append(page, {kRitorno, kTabella, "<tr>", " ", " </tr>", "</table>", "</center></div>", "</body>",
+                "</HTML>"});
   EXPECT_EQ(site.tree.Read("c/Sito/foto.htm"), CrLf(page));
   for (const char* f : {"intestaz.htm", "intest_2.htm", "piede.htm", "piede_2.htm", "diaposit.jpg",
                         "film-1a.jpg", "foto-1a.jpg", "htm-1a.jpg", "music-1a.jpg", "sfondo1g.jpg",
@@ -120,13 +125,14 @@ TEST(SingleBuild, EmptyListWritesSkeletonInBothCasesAndCopiesSiteFiles) {
 
 TEST(SingleBuild, CheckBoxesFilterTheHeaderAndPickTheSecondTemplates) {
   Site site;
-  RunResult r = RunScript(site.Header() +
-                              "set txtNUM_FILE 1\nset txtNOME_FILE_HTM C:\\Sito\\index.htm\n"
-                              "set Check1 1\nclick Command1\n"
-                              "set txtNOME_FILE_HTM C:\\Sito\\due.htm\nset Check1 0\nset Check2 1\n"
-                              "click Command1\n"
-                              "set txtNOME_FILE_HTM C:\\Sito\\tre.htm\nset Check1 1\nclick Command1\n",
-                          site.tree.root());
+  RunResult r =
+      RunScript(site.Header() +
+                    "set txtNUM_FILE 1\nset txtNOME_FILE_HTM C:\\Sito\\index.htm\n"
+                    "set Check1 1\nclick Command1\n"
+                    "set txtNOME_FILE_HTM C:\\Sito\\due.htm\nset Check1 0\nset Check2 1\n"
+                    "click Command1\n"
+                    "set txtNOME_FILE_HTM C:\\Sito\\tre.htm\nset Check1 1\nclick Command1\n",
+                site.tree.root());
   ASSERT_EQ(r.status, 0) << r.err;
   // index.htm has no return link; Check1 drops the BACKGROUND line.
   EXPECT_EQ(site.tree.Read("c/Sito/index.htm"),
@@ -135,8 +141,8 @@ TEST(SingleBuild, CheckBoxesFilterTheHeaderAndPickTheSecondTemplates) {
                   "</body>", "</HTML>"}));
   EXPECT_EQ(site.tree.Read("c/Sito/due.htm"),
             CrLf({"<HTML>", "<head><title>Prova</title></head>",
-                  "<body BACKGROUND=\"sfondo1g.jpg\">", "<div><center>", kRitorno, kTabella,
-                  "<tr>", " ", " </tr>", "</table>", "</center></div>", "</body>", "</HTML>"}));
+                  "<body BACKGROUND=\"sfondo1g.jpg\">", "<div><center>", kRitorno, kTabella, "<tr>",
+                  " ", " </tr>", "</table>", "</center></div>", "</body>", "</HTML>"}));
   // Both: the _2 templates, still filtered.
   EXPECT_EQ(site.tree.Read("c/Sito/tre.htm"),
             CrLf({"<HTML>", "<head><title>Prova 2</title></head>", "<body>", "<div><center>",
@@ -147,20 +153,20 @@ TEST(SingleBuild, CheckBoxesFilterTheHeaderAndPickTheSecondTemplates) {
 TEST(SingleBuild, RefusalAndExistingPageQuestion) {
   Site site;
   site.tree.Write("c/Sito/index.htm", "old");
-  RunResult r = RunScript(site.Header() +
-                              "set txtNOME_FILE_HTM C:\\Sito\\index.htm\n"
-                              "set txtNUM_FILE abc\nclick Command1\n"
-                              "set txtNUM_FILE 3\nclick Command1\n"
-                              "answer yes\nclick Command1\nprint Module1.Conferma_Esistente\n"
-                              "set txtNUM_FILE 0\nclick Command1\nprint Module1.Conferma_Esistente\n",
-                          site.tree.root());
+  RunResult r =
+      RunScript(site.Header() +
+                    "set txtNOME_FILE_HTM C:\\Sito\\index.htm\n"
+                    "set txtNUM_FILE abc\nclick Command1\n"
+                    "set txtNUM_FILE 3\nclick Command1\n"
+                    "answer yes\nclick Command1\nprint Module1.Conferma_Esistente\n"
+                    "set txtNUM_FILE 0\nclick Command1\nprint Module1.Conferma_Esistente\n",
+                site.tree.root());
   ASSERT_EQ(r.status, 0) << r.err;
   std::vector<std::string> expected = {
       "BEEP", "MSG: Nessun files da elaborare !!!",
       // A No keeps the old page.
       "BEEP", "ASK: Elenco  c:\\sito\\index.htm  gia' esistente, continuo (S/N) -> NO",
-      "CURSOR: NORMAL", "BEEP",
-      "ASK: Visualizzo la pagina creata c:\\sito\\index.htm (S/N)  -> NO",
+      "CURSOR: NORMAL", "BEEP", "ASK: Visualizzo la pagina creata c:\\sito\\index.htm (S/N)  -> NO",
       "BEEP", "ASK: Elenco  c:\\sito\\index.htm  gia' esistente, continuo (S/N) -> YES",
       "CURSOR: BUSY", "CURSOR: NORMAL", "BEEP",
       "ASK: Visualizzo la pagina creata c:\\sito\\index.htm (S/N)  -> NO",
@@ -181,9 +187,11 @@ TEST(SingleBuild, PreviewLinesCommand5AndEnd) {
   std::vector<std::string> tail(r.lines.end() - 6, r.lines.end());
   std::vector<std::string> expected = {
       "ASK: Visualizzo la pagina creata c:\\sito\\vetrina uno.htm (S/N)  -> YES",
-      "RUN: START /max /w vetrina uno.htm -> FAILED", "RUN: CMD /C vetrina uno.htm -> FAILED",
+      "RUN: START /max /w vetrina uno.htm -> FAILED",
+      "RUN: CMD /C vetrina uno.htm -> FAILED",
       "RUN: START /max /w c:\\sito\\vetrina uno.htm -> FAILED",
-      "RUN: CMD /Cc:\\sito\\vetrina uno.htm -> FAILED", "END"};
+      "RUN: CMD /Cc:\\sito\\vetrina uno.htm -> FAILED",
+      "END"};
   EXPECT_EQ(tail, expected);
   EXPECT_TRUE(site.tree.Exists("c/Sito/vetrina uno.htm"));
 }
@@ -207,10 +215,9 @@ TEST(Albums, WorkedExampleOfTwentyPictures) {
   EXPECT_EQ(site.tree.Read("c/Sito/index.htm"), CrLf(page));
 
   std::vector<std::string> album3 = site.tree.Tree("c/Sito/dir_0003");
-  std::vector<std::string> expected3 = {"img_001.htm",  "img_001.jpg",  "img_002.htm",
-                                        "img_002.jpg",  "menu.htm",     "puls_dx3.jpg",
-                                        "puls_su3.jpg", "puls_sx3.jpg", "sfondo_1.gif",
-                                        "sfondo_2.gif"};
+  std::vector<std::string> expected3 = {
+      "img_001.htm",  "img_001.jpg",  "img_002.htm",  "img_002.jpg",  "menu.htm",
+      "puls_dx3.jpg", "puls_su3.jpg", "puls_sx3.jpg", "sfondo_1.gif", "sfondo_2.gif"};
   EXPECT_EQ(album3, expected3);
   EXPECT_EQ(site.tree.Read("c/Sito/dir_0002/img_001.jpg"), "bytes of c/Foto/P10.JPG");
   // The pictures took the chosen case on disk.
@@ -238,8 +245,7 @@ TEST(Albums, NextLinksFollowTheRoundedAlbumCount) {
   for (int n : {18, 23}) {
     Site site;
     site.Pictures(n);
-    RunResult r = RunScript(site.Header() + Site::Adds(n) + "set txtNUM_FILE " +
-                                std::to_string(n) +
+    RunResult r = RunScript(site.Header() + Site::Adds(n) + "set txtNUM_FILE " + std::to_string(n) +
                                 "\nset txtNOME_FILE_HTM C:\\Sito\\index.htm\nclick Command1\n",
                             site.tree.root());
     ASSERT_EQ(r.status, 0) << r.err;

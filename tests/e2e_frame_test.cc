@@ -35,19 +35,29 @@ TEST(Frame, MissingTemplatesAskWithYesAndNo) {
                           tree.root());
   ASSERT_EQ(r.status, 0) << r.err;
   std::vector<std::string> expected = {
-      "BEEP", "ASK: Manca il file MENU.HTM, continuo ?{CR}{CR} -> YES", "BEEP",
+      "BEEP",
+      "ASK: Manca il file MENU.HTM, continuo ?{CR}{CR} -> YES",
+      "BEEP",
       "ASK: Manca il file INTESTAZ.HTM, continuo ?{CR}{CR}C:\\PROG\\INTESTAZ.HTM -> NO",
-      "CURSOR: NORMAL", "BEEP", "ASK: Visualizzo la pagina creata c:\\sito\\index.htm (S/N)  -> NO",
-      "BEEP", "ASK: Manca il file MENU.HTM, continuo ?{CR}{CR} -> YES", "BEEP",
-      "ASK: Manca il file INTESTAZ.HTM, continuo ?{CR}{CR}C:\\PROG\\INTESTAZ.HTM -> YES", "BEEP",
-      "ASK: Manca il file PIEDE.HTM, continuo ?{CR}{CR}C:\\PROG\\PIEDE.HTM -> YES", "CURSOR: BUSY",
-      "CURSOR: NORMAL", "BEEP", "ASK: Visualizzo la pagina creata c:\\sito\\index.htm (S/N)  -> NO"};
+      "CURSOR: NORMAL",
+      "BEEP",
+      "ASK: Visualizzo la pagina creata c:\\sito\\index.htm (S/N)  -> NO",
+      "BEEP",
+      "ASK: Manca il file MENU.HTM, continuo ?{CR}{CR} -> YES",
+      "BEEP",
+      "ASK: Manca il file INTESTAZ.HTM, continuo ?{CR}{CR}C:\\PROG\\INTESTAZ.HTM -> YES",
+      "BEEP",
+      "ASK: Manca il file PIEDE.HTM, continuo ?{CR}{CR}C:\\PROG\\PIEDE.HTM -> YES",
+      "CURSOR: BUSY",
+      "CURSOR: NORMAL",
+      "BEEP",
+      "ASK: Visualizzo la pagina creata c:\\sito\\index.htm (S/N)  -> NO"};
   EXPECT_EQ(r.lines, expected);
   // Without head and foot the page holds the program's own lines only.
-  EXPECT_EQ(tree.Read("c/Sito/index.htm"),
-            CrLf({"<HTML>",
-                  "<table border=\"0\" cellpadding=\"0\" cellspacing=\"10\" width=\"130\">", "<tr>",
-                  " ", " </tr>", "</table>", "</center></div>", "</HTML>"}));
+  EXPECT_EQ(
+      tree.Read("c/Sito/index.htm"),
+      CrLf({"<HTML>", "<table border=\"0\" cellpadding=\"0\" cellspacing=\"10\" width=\"130\">",
+            "<tr>", " ", " </tr>", "</table>", "</center></div>", "</HTML>"}));
 }
 
 TEST(Frame, ReadOnlyDriveFallsBackToCThenToCIndex) {
@@ -55,10 +65,11 @@ TEST(Frame, ReadOnlyDriveFallsBackToCThenToCIndex) {
   WriteFixtureTemplates(tree, "c/PROG");
   tree.MakeFolder("e/FOTO");
   tree.MakeFolder("c/FOTO");
-  RunResult r = RunScript(std::string(kSetUp) +
-                              "set txtNOME_FILE_HTM E:\\FOTO\\Album.htm\nanswer yes\nclick Command1\n"
-                              "click Command5\n",
-                          tree.root());
+  RunResult r =
+      RunScript(std::string(kSetUp) +
+                    "set txtNOME_FILE_HTM E:\\FOTO\\Album.htm\nanswer yes\nclick Command1\n"
+                    "click Command5\n",
+                tree.root());
   ASSERT_EQ(r.status, 0) << r.err;
   std::vector<std::string> expected = {
       "CURSOR: BUSY", "BEEP",
@@ -76,8 +87,9 @@ TEST(Frame, ReadOnlyDriveFallsBackToCThenToCIndex) {
   TempTree second;
   WriteFixtureTemplates(second, "c/PROG");
   second.MakeFolder("e/FOTO");
-  r = RunScript(std::string(kSetUp) + "set txtNOME_FILE_HTM E:\\FOTO\\Album.htm\nclick Command1\n"
-                                      "print Module1.Dir_Output\nprint Module1.Nome_File_Output\n",
+  r = RunScript(std::string(kSetUp) +
+                    "set txtNOME_FILE_HTM E:\\FOTO\\Album.htm\nclick Command1\n"
+                    "print Module1.Dir_Output\nprint Module1.Nome_File_Output\n",
                 second.root());
   ASSERT_EQ(r.status, 0) << r.err;
   std::vector<std::string> messages;
@@ -99,10 +111,11 @@ TEST(Frame, NoWayOutEndsTheRunOnceAndOtherFailuresGoOn) {
   WriteFixtureTemplates(tree, "c/PROG");
   tree.MakeFolder("e/FOTO");
   // C:\index.htm itself cannot be written: one message and the run ends.
-  RunResult r = RunScript("drive C c\ndrive E e readonly\nprogram C:\\PROG\nfail C:\\index.htm 75\n"
-                          "start\nset txtNUM_FILE 1\nset txtNOME_FILE_HTM E:\\FOTO\\index.htm\n"
-                          "click Command1\n",
-                          tree.root());
+  RunResult r = RunScript(
+      "drive C c\ndrive E e readonly\nprogram C:\\PROG\nfail C:\\index.htm 75\n"
+      "start\nset txtNUM_FILE 1\nset txtNOME_FILE_HTM E:\\FOTO\\index.htm\n"
+      "click Command1\n",
+      tree.root());
   ASSERT_EQ(r.status, 0) << r.err;
   std::vector<std::string> build = Until(r.lines, "ASK: Visualizzo");
   ASSERT_EQ(build.size(), 11u) << r.out;
@@ -117,10 +130,11 @@ TEST(Frame, NoWayOutEndsTheRunOnceAndOtherFailuresGoOn) {
   WriteFixtureTemplates(full, "c/PROG");
   full.Write("c/Foto/a.jpg", "a");
   full.MakeFolder("c/Sito");
-  r = RunScript("drive C c\nprogram C:\\PROG\nfail C:\\Sito\\pagina.htm 61\nstart\n"
-                "add C:\\Foto\\a.jpg\nset txtNUM_FILE 1\nset txtNOME_FILE_HTM C:\\Sito\\pagina.htm\n"
-                "click Command1\n",
-                full.root());
+  r = RunScript(
+      "drive C c\nprogram C:\\PROG\nfail C:\\Sito\\pagina.htm 61\nstart\n"
+      "add C:\\Foto\\a.jpg\nset txtNUM_FILE 1\nset txtNOME_FILE_HTM C:\\Sito\\pagina.htm\n"
+      "click Command1\n",
+      full.root());
   ASSERT_EQ(r.status, 0) << r.err;
   int disco = 0, slot = 0;
   for (const std::string& l : r.lines) {

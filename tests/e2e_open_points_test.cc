@@ -74,8 +74,7 @@ TEST(OpenPoints, AlbumSizeBelowOneGivesOneAlbumPerEntryWithLinksThatLead) {
     EXPECT_NE(index.find("SCELTA  3</A>"), std::string::npos);
     EXPECT_NE(tree.Read("c/Sito/dir_0001/menu.htm").find("../dir_0002/menu.htm\">succ"),
               std::string::npos);
-    EXPECT_NE(tree.Read("c/Sito/dir_0003/menu.htm").find("../index.htm\">succ"),
-              std::string::npos);
+    EXPECT_NE(tree.Read("c/Sito/dir_0003/menu.htm").find("../index.htm\">succ"), std::string::npos);
     EXPECT_EQ(tree.Read("c/Sito/dir_0002/img_001.gif"), "b.gif");
   }
 }
@@ -105,7 +104,8 @@ TEST(OpenPoints, PagedBuildTakesExtensionsFromItsOwnPageAndFollowsAMovedPage) {
   WriteFixtureTemplates(moved, "c/PROG");
   moved.MakeFolder("c/Sito");
   moved.MakeFolder("e/Sito");
-  for (const char* f : {"a.jpg", "b.jpg", "c.gif", "d.bmp"}) moved.Write(std::string("c/Foto/") + f, f);
+  for (const char* f : {"a.jpg", "b.jpg", "c.gif", "d.bmp"})
+    moved.Write(std::string("c/Foto/") + f, f);
   r = RunScript("drive C c\ndrive E e readonly\nprogram C:\\PROG\nstart\n" + adds +
                     "set txtMAX_N_FILES 2\nset txtNUM_FILE 4\n"
                     "set txtNOME_FILE_HTM E:\\Sito\\index.htm\nclick Command4\n",

@@ -26,8 +26,8 @@ struct Paged {
   }
   RunResult Build(int n, const std::string& extra = "") const {
     return RunScript("drive C c\nprogram C:\\PROG\nstart\n" + Adds(n) + "set txtNUM_FILE " +
-                         std::to_string(n) + "\nset txtNOME_FILE_HTM C:\\Sito\\index.htm\n" + extra +
-                         "click Command4\nprint Module1.Num_Pagina\nprint List1\n",
+                         std::to_string(n) + "\nset txtNOME_FILE_HTM C:\\Sito\\index.htm\n" +
+                         extra + "click Command4\nprint Module1.Num_Pagina\nprint List1\n",
                      tree.root());
   }
 };
@@ -70,20 +70,29 @@ TEST(PagedBuild, RefusalsAndOneYesForTheWholeBuild) {
   Paged site(3);
   for (int p = 1; p <= 2; ++p) site.tree.Write("c/Sito/pag_" + std::to_string(p) + ".htm", "old");
   site.tree.Write("c/Sito/index.htm", "old");
-  RunResult r = RunScript(
-      "drive C c\nprogram C:\\PROG\nstart\n" + Adds(3) +
-          "set txtNOME_FILE_HTM C:\\Sito\\index.htm\nclick Command4\nset txtNUM_FILE 3\n"
-          "set txtMAX_N_FILES 0\nclick Command4\nset txtMAX_N_FILES 2.5\nclick Command4\n"
-          "set txtMAX_N_FILES -1\nclick Command4\nset txtMAX_N_FILES 2\n"
-          "set txtMAX_PER_RIGA 0.5\nclick Command4\nprint List1.ListCount\n"
-          "set txtMAX_PER_RIGA 1\nanswer yes\nclick Command4\n",
-      site.tree.root());
+  RunResult r =
+      RunScript("drive C c\nprogram C:\\PROG\nstart\n" + Adds(3) +
+                    "set txtNOME_FILE_HTM C:\\Sito\\index.htm\nclick Command4\nset txtNUM_FILE 3\n"
+                    "set txtMAX_N_FILES 0\nclick Command4\nset txtMAX_N_FILES 2.5\nclick Command4\n"
+                    "set txtMAX_N_FILES -1\nclick Command4\nset txtMAX_N_FILES 2\n"
+                    "set txtMAX_PER_RIGA 0.5\nclick Command4\nprint List1.ListCount\n"
+                    "set txtMAX_PER_RIGA 1\nanswer yes\nclick Command4\n",
+                site.tree.root());
   ASSERT_EQ(r.status, 0) << r.err;
   const std::string kField = "MSG: Indicare numero massimo files per pagina .HTM da elaborare !!!";
   std::vector<std::string> expected = {
-      "BEEP", "MSG: Nessun files da elaborare !!!", "BEEP", kField, "BEEP", kField, "BEEP", kField,
-      "BEEP", "MSG: Indicare quante immagini si voglio per ogni riga !!!",
-      "List1.ListCount = 3", "BEEP",
+      "BEEP",
+      "MSG: Nessun files da elaborare !!!",
+      "BEEP",
+      kField,
+      "BEEP",
+      kField,
+      "BEEP",
+      kField,
+      "BEEP",
+      "MSG: Indicare quante immagini si voglio per ogni riga !!!",
+      "List1.ListCount = 3",
+      "BEEP",
       "ASK: Elenco  c:\\sito\\pag_1.htm  gia' esistente, continuo (S/N) -> YES"};
   ASSERT_GE(r.lines.size(), expected.size());
   EXPECT_EQ(std::vector<std::string>(r.lines.begin(), r.lines.begin() + expected.size()), expected);
@@ -106,20 +115,26 @@ TEST(UsageDialog, ConfirmGivesTheSimplifiedLayoutAndCancelEnds) {
       "print txtNOME_FILE_HTM.Text\n",
       tree.root());
   ASSERT_EQ(r.status, 0) << r.err;
-  std::vector<std::string> expected = {
-      "frmALBUM1.Option1.Value = True", "Module1.Tipo_Utilizzo = 0",
-      "Module1.Tipo_Utilizzo = 1",      "Label6(0).Visible = False",
-      "Label6(1).Caption = 1",          "Label6(6).Caption = 4",
-      "Label6(3).Caption = 3",          "Label6(3).Top = 2940",
-      "Command1.Visible = False",       "txtNOME_FILE_HTM.Visible = False",
-      "Option2.Visible = False",        "Command4.Visible = True",
-      "txtNOME_FILE_HTM.Text = C:\\\\index.htm"};
+  std::vector<std::string> expected = {"frmALBUM1.Option1.Value = True",
+                                       "Module1.Tipo_Utilizzo = 0",
+                                       "Module1.Tipo_Utilizzo = 1",
+                                       "Label6(0).Visible = False",
+                                       "Label6(1).Caption = 1",
+                                       "Label6(6).Caption = 4",
+                                       "Label6(3).Caption = 3",
+                                       "Label6(3).Top = 2940",
+                                       "Command1.Visible = False",
+                                       "txtNOME_FILE_HTM.Visible = False",
+                                       "Option2.Visible = False",
+                                       "Command4.Visible = True",
+                                       "txtNOME_FILE_HTM.Text = C:\\\\index.htm"};
   EXPECT_EQ(r.lines, expected);
 
-  r = RunScript("drive C c\nprogram C:\\\nstart usage\nclick frmALBUM1.Option2\n"
-                "click frmALBUM1.Command1\nprint Command1.Visible\nprint Module1.Tipo_Utilizzo\n"
-                "click frmALBUM1.Command2\nprint Command1.Visible\n",
-                tree.root());
+  r = RunScript(
+      "drive C c\nprogram C:\\\nstart usage\nclick frmALBUM1.Option2\n"
+      "click frmALBUM1.Command1\nprint Command1.Visible\nprint Module1.Tipo_Utilizzo\n"
+      "click frmALBUM1.Command2\nprint Command1.Visible\n",
+      tree.root());
   EXPECT_EQ(r.status, 0);
   EXPECT_EQ(r.out, "Command1.Visible = True\nModule1.Tipo_Utilizzo = 2\nEND\n");
   // Before Conferma the main window is not there.

@@ -57,9 +57,10 @@ TEST(Runner, PrintsListControlsModuleAndEscapes) {
 TEST(Runner, ScreenWidthAndProgramInARoot) {
   TempTree tree;
   tree.MakeFolder("c");
-  RunResult r = RunScript("drive C c\nprogram C:\\\nscreen 800\nstart\nprint txtMAX_PER_RIGA.Text\n"
-                          "print txtNOME_FILE_HTM.Text\n",
-                          tree.root());
+  RunResult r = RunScript(
+      "drive C c\nprogram C:\\\nscreen 800\nstart\nprint txtMAX_PER_RIGA.Text\n"
+      "print txtNOME_FILE_HTM.Text\n",
+      tree.root());
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, "txtMAX_PER_RIGA.Text = 5\ntxtNOME_FILE_HTM.Text = C:\\\\index.htm\n");
 }
@@ -68,9 +69,10 @@ TEST(Runner, ExitStatuses) {
   TempTree tree;
   tree.MakeFolder("c");
   // A line not understood: status 2, its number and text, nothing after it.
-  RunResult r = RunScript("drive C c\nprogram C:\\\nstart\nprint txtNUM_FILE.Text\n"
-                          "frobnicate now\nprint txtNUM_FILE.Text\n",
-                          tree.root());
+  RunResult r = RunScript(
+      "drive C c\nprogram C:\\\nstart\nprint txtNUM_FILE.Text\n"
+      "frobnicate now\nprint txtNUM_FILE.Text\n",
+      tree.root());
   EXPECT_EQ(r.status, 2);
   EXPECT_EQ(r.out, "txtNUM_FILE.Text = \n");
   EXPECT_NE(r.err.find("5"), std::string::npos);
@@ -95,10 +97,11 @@ TEST(Runner, ExitStatuses) {
 TEST(Runner, QueuedAnswersAndDialogs) {
   TempTree tree;
   tree.MakeFolder("c/Foto");
-  RunResult r = RunScript("drive C c\nprogram C:\\\nstart\nchoose C:\\Foto\\a b.jpg\nchoose\n"
-                          "click Command3\nprint txtPATH_RICERCA.Text\nclick Command3\n"
-                          "print Module1.Dir_Base\n",
-                          tree.root());
+  RunResult r = RunScript(
+      "drive C c\nprogram C:\\\nstart\nchoose C:\\Foto\\a b.jpg\nchoose\n"
+      "click Command3\nprint txtPATH_RICERCA.Text\nclick Command3\n"
+      "print Module1.Dir_Base\n",
+      tree.root());
   ASSERT_EQ(r.status, 0) << r.err;
   std::vector<std::string> expected = {
       "BEEP",

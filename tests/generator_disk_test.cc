@@ -32,13 +32,10 @@ TEST(GeneratorDisk, OneAlbumBuildDoesExactlyItsOperationsInOrder) {
   Command1_Click(v);
 
   std::vector<std::string> expected = {
-      "RENAME C:\\F\\A.JPG -> C:\\f\\a.jpg",
-      "MKDIR C:\\s\\dir_0001",
-      "COPY C:\\f\\a.jpg -> C:\\s\\dir_0001\\img_001.jpg",
-      "WRITE C:\\s\\dir_0001\\img_001.htm",
+      "RENAME C:\\F\\A.JPG -> C:\\f\\a.jpg", "MKDIR C:\\s\\dir_0001",
+      "COPY C:\\f\\a.jpg -> C:\\s\\dir_0001\\img_001.jpg", "WRITE C:\\s\\dir_0001\\img_001.htm",
       "COPY C:\\P\\puls_sx3.jpg -> C:\\s\\dir_0001\\puls_sx3.jpg",
-      "WRITE C:\\s\\dir_0001\\menu.htm",
-      "WRITE C:\\s\\index.htm",
+      "WRITE C:\\s\\dir_0001\\menu.htm", "WRITE C:\\s\\index.htm",
       // The site files that are there; the missing ones leave no trace.
       "COPY C:\\P\\INTESTAZ.HTM -> C:\\s\\intestaz.htm",
       "COPY C:\\P\\PIEDE.HTM -> C:\\s\\piede.htm"};

@@ -21,8 +21,8 @@ TempTree::TempTree() {
 TempTree::~TempTree() {
   std::error_code ec;
   // Read-only folders left by a test must not keep the tree from going.
-  for (auto it = fs::recursive_directory_iterator(root_, ec); it != fs::recursive_directory_iterator();
-       it.increment(ec)) {
+  for (auto it = fs::recursive_directory_iterator(root_, ec);
+       it != fs::recursive_directory_iterator(); it.increment(ec)) {
     fs::permissions(it->path(), fs::perms::owner_all, fs::perm_options::add, ec);
   }
   fs::remove_all(root_, ec);
@@ -34,7 +34,9 @@ void TempTree::Write(const std::string& relative, const std::string& bytes) cons
   std::ofstream(p, std::ios::binary) << bytes;
 }
 
-void TempTree::MakeFolder(const std::string& relative) const { fs::create_directories(Path(relative)); }
+void TempTree::MakeFolder(const std::string& relative) const {
+  fs::create_directories(Path(relative));
+}
 
 std::string TempTree::Read(const std::string& relative) const {
   std::ifstream in(Path(relative), std::ios::binary);
@@ -53,8 +55,8 @@ std::vector<std::string> TempTree::Tree(const std::string& relative) const {
   std::vector<std::string> out;
   fs::path base = Path(relative);
   std::error_code ec;
-  for (auto it = fs::recursive_directory_iterator(base, ec); it != fs::recursive_directory_iterator();
-       it.increment(ec)) {
+  for (auto it = fs::recursive_directory_iterator(base, ec);
+       it != fs::recursive_directory_iterator(); it.increment(ec)) {
     std::string name = fs::relative(it->path(), base).string();
     if (it->is_directory()) name += "/";
     out.push_back(name);
@@ -97,9 +99,9 @@ std::string CrLf(const std::vector<std::string>& lines) {
 
 void WriteFixtureTemplates(const TempTree& tree, const std::string& folder, int places) {
   const std::string f = folder.empty() ? "" : folder + "/";
-  tree.Write(f + "INTESTAZ.HTM", CrLf({"<head><title>Prova</title></head>",
-                                       "<body BACKGROUND=\"sfondo1g.jpg\">",
-                                       "<marquee>Titolo</marquee>", "<div><center>"}));
+  tree.Write(f + "INTESTAZ.HTM",
+             CrLf({"<head><title>Prova</title></head>", "<body BACKGROUND=\"sfondo1g.jpg\">",
+                   "<marquee>Titolo</marquee>", "<div><center>"}));
   tree.Write(f + "INTEST_2.HTM", CrLf({"<head><title>Prova 2</title></head>", "<body>",
                                        "<p background>via</p>", "<div><center>"}));
   tree.Write(f + "PIEDE.HTM", CrLf({"</body>", "</HTML>"}));
@@ -125,8 +127,7 @@ void WriteFixtureTemplates(const TempTree& tree, const std::string& folder, int 
     std::snprintf(name, sizeof name, "img_%03d", i);
     std::snprintf(prev, sizeof prev, "img_%03d", i - 1);
     std::snprintf(next, sizeof next, "img_%03d", i + 1);
-    std::vector<std::string> page = {"<html><body>",
-                                     std::string("<img src=\"") + name + ".jpg\">",
+    std::vector<std::string> page = {"<html><body>", std::string("<img src=\"") + name + ".jpg\">",
                                      std::string("<a href=\"") + prev + ".htm\">prev</a>",
                                      std::string("<a href=\"") + next + ".htm\">next</a>"};
     if (i == places) page.push_back("<a href=\"../dir_000s/menu.htm\">album</a>");
