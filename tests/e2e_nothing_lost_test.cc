@@ -55,47 +55,34 @@ std::map<std::string, std::multiset<std::string>> CaseBlind(const Snapshot& shot
   return out;
 }
 
-// Paths of `before` that no path of `after` matches ignoring case.
-std::vector<std::string> Gone(const Snapshot& before, const Snapshot& after) {
+// Paths of `from` that no path of `to` matches ignoring case, except those
+// under `allowed` when given.
+std::vector<std::string> Unmatched(const Snapshot& from, const Snapshot& to,
+                                   const std::string& allowed = "") {
   std::set<std::string> present;
-  for (const auto& kept : after) present.insert(Lower(kept.first));
-  std::vector<std::string> gone;
-  for (const auto& was : before) {
-    if (present.count(Lower(was.first)) == 0) gone.push_back(was.first);
-  }
-  return gone;
-}
-
-// Paths of `after` that are new (ignoring case) and lie outside `allowed`.
-std::vector<std::string> NewOutside(const Snapshot& before, const Snapshot& after,
-                                    const std::string& allowed) {
-  std::set<std::string> old;
-  for (const auto& was : before) old.insert(Lower(was.first));
-  std::vector<std::string> stray;
-  for (const auto& now : after) {
-    const std::string key = Lower(now.first);
-    if (old.count(key) == 0 && key.rfind(Lower(allowed), 0) != 0) stray.push_back(now.first);
-  }
-  return stray;
-}
-
-// Bytes of every file copied into an album folder of the site, in either case.
-std::multiset<std::string> AlbumCopies(const Snapshot& shot, const std::string& site) {
-  std::multiset<std::string> copies;
-  for (const auto& [path, bytes] : shot) {
+  for (const auto& kept : to) present.insert(Lower(kept.first));
+  std::vector<std::string> out;
+  for (const auto& [path, bytes] : from) {
     const std::string key = Lower(path);
-    if (key.rfind(Lower(site) + "/dir_", 0) == 0 && key.find("/img_") != std::string::npos &&
-        key.size() > 4 && key.compare(key.size() - 4, 4, ".jpg") == 0) {
-      copies.insert(bytes);
+    if (present.count(key) == 0 && (allowed.empty() || key.rfind(Lower(allowed), 0) != 0)) {
+      out.push_back(path);
     }
   }
-  return copies;
+  return out;
 }
 
-std::multiset<std::string> Files(const Snapshot& shot, const std::string& prefix) {
+// Bytes of the files under `prefix`; with `album`, only the pictures copied
+// into its album folders, in either case.
+std::multiset<std::string> Files(const Snapshot& shot, const std::string& prefix,
+                                 bool album = false) {
   std::multiset<std::string> files;
   for (const auto& [path, bytes] : shot) {
-    if (path.rfind(prefix, 0) == 0 && path.back() != '/') files.insert(bytes);
+    const std::string key = Lower(path);
+    if (key.rfind(Lower(prefix), 0) != 0 || path.back() == '/') continue;
+    if (!album || (key.find("/dir_") == prefix.size() && key.find("/img_") != std::string::npos &&
+                   key.ends_with(".jpg"))) {
+      files.insert(bytes);
+    }
   }
   return files;
 }
@@ -178,8 +165,8 @@ TEST(NothingLost, BuildRenamesSourcesToTheChosenCaseButNeverOntoAnotherFile) {
     EXPECT_EQ(Messages(r), std::vector<std::string>{});
     const Snapshot after = Take(tree);
 
-    EXPECT_EQ(Gone(before, after), std::vector<std::string>{});
-    EXPECT_EQ(NewOutside(before, after, "Sito/"), std::vector<std::string>{});
+    EXPECT_EQ(Unmatched(before, after), std::vector<std::string>{});
+    EXPECT_EQ(Unmatched(after, before, "Sito/"), std::vector<std::string>{});
     // Every source holds its own bytes under its own name, ignoring case;
     // the two files of a clash are both still there with their bytes.
     EXPECT_EQ(CaseBlind(after, "Foto/"), CaseBlind(before, "Foto/"));
@@ -190,7 +177,7 @@ TEST(NothingLost, BuildRenamesSourcesToTheChosenCaseButNeverOntoAnotherFile) {
     // Each picture was copied once into the site, whatever its name became.
     std::multiset<std::string> pictures = Files(before, "Foto/");
     pictures.erase("not a picture");
-    EXPECT_EQ(AlbumCopies(after, "Sito"), pictures);
+    EXPECT_EQ(Files(after, "Sito", true), pictures);
     for (const auto& [path, bytes] : before) {
       if (path.rfind("PROG/", 0) == 0) {
         EXPECT_EQ(after.count(path) == 1 ? after.at(path) : "<missing>", bytes) << path;
@@ -260,8 +247,8 @@ TEST(NothingLost, BuildIntoTheProgramFolderKeepsEveryTemplate) {
       ASSERT_EQ(after.count(path), 1u) << path;
       EXPECT_EQ(after.at(path), bytes) << path;
     }
-    EXPECT_EQ(Gone(before, after), std::vector<std::string>{});
-    EXPECT_EQ(NewOutside(before, after, "PROG/"), std::vector<std::string>{});
+    EXPECT_EQ(Unmatched(before, after), std::vector<std::string>{});
+    EXPECT_EQ(Unmatched(after, before, "PROG/"), std::vector<std::string>{});
   }
 }
 
@@ -325,7 +312,7 @@ TEST(NothingLost, ShorterBuildReplacesOnlyWhatItWrites) {
     EXPECT_EQ(
         tree.Read(first_in_capitals ? "Sito/DIR_0003/IMG_002.JPG" : "Sito/dir_0003/img_002.jpg"),
         "old 20");
-    EXPECT_EQ(Gone(before, after), std::vector<std::string>{});
+    EXPECT_EQ(Unmatched(before, after), std::vector<std::string>{});
     EXPECT_EQ(CaseBlind(after, "Vecchie/"), CaseBlind(before, "Vecchie/"));
     EXPECT_EQ(CaseBlind(after, "Nuove/"), CaseBlind(before, "Nuove/"));
   }
@@ -336,11 +323,11 @@ TEST(NothingLost, FullDiskAndReadOnlyDrivesAtEachStep) {
   struct Case {
     const char* name;
     std::string readonly;  // drive letters mapped read-only
-    std::string fails;     // fault lines of the runner
-    std::string page;
-    bool site_folder;  // whether C:\Sito exists
+    std::string fails;     // a path the runner fails with a full disk
     std::vector<std::string> messages;
     std::string written;  // a file the run still writes
+    std::string page = "C:\\Sito\\index.htm";
+    bool site_folder = true;  // whether C:\Sito exists
   };
   const std::string page_failed = "Errore in registrazione Elenco c:\\sito\\index.htm{CR}{CR} ERR=";
   const std::string cd_rom =
@@ -350,100 +337,66 @@ TEST(NothingLost, FullDiskAndReadOnlyDrivesAtEachStep) {
       "Errore in registrazione Elenco (non esiste stessa cartella) "
       "C:\\sito\\index.htm{CR}{CR}Tento "
       "di registrare sul disco con il nome C:\\index.htm {CR}{CR} ERR=";
-  const std::string page_000 =
-      "Errore nella copia singoli HTML ERR= %s{CR}{CR}Copia "
-      "e:\\prog\\vetrina-foto_default\\dir_0001\\img_000.htm c:\\sito\\dir_000%s\\img_000.htm";
-  auto replace = [](std::string text, const std::string& a, const std::string& b) {
-    text.replace(text.find("%s"), 2, a);
-    text.replace(text.find("%s"), 2, b);
-    return text;
+  auto page_000 = [](const std::string& err, const std::string& album) {
+    return "Errore nella copia singoli HTML ERR= " + err +
+           "{CR}{CR}Copia e:\\prog\\vetrina-foto_default\\dir_0001\\img_000.htm "
+           "c:\\sito\\dir_000" +
+           album + "\\img_000.htm";
   };
-  const std::string unopened = " 52 - Nome o numero di file non valido";
+  const std::string unopened = page_failed + " 52 - Nome o numero di file non valido";
   const Case cases[] = {
       {"page",
        "",
-       "fail C:\\Sito\\index.htm 61\n",
        "C:\\Sito\\index.htm",
-       true,
-       {page_failed + " 61 - Disco pieno", page_failed + unopened, page_failed + unopened,
-        page_failed + unopened, page_failed + unopened},
+       {page_failed + " 61 - Disco pieno", unopened, unopened, unopened, unopened},
        "Sito/dir_0003/img_001.jpg"},
       {"copy target",
        "",
-       "fail C:\\Sito\\dir_0001\\img_002.jpg 61\n",
-       "C:\\Sito\\index.htm",
-       true,
+       "C:\\Sito\\dir_0001\\img_002.jpg",
        {"Errore nella copia delle immagini ERR= 61 - Disco pieno{CR}{CR}Copia "
         "d:\\foto\\p02.jpg c:\\sito\\dir_0001\\img_002.jpg",
-        replace(page_000, "53 - Impossibile trovare il file", "1")},
+        page_000("53 - Impossibile trovare il file", "1")},
        "Sito/index.htm"},
       {"album folder",
        "",
-       "fail C:\\Sito\\dir_0002 61\n",
-       "C:\\Sito\\index.htm",
-       true,
+       "C:\\Sito\\dir_0002",
        {"Errore nella copia delle immagini ERR= 76 - Impossibile trovare il percorso{CR}{CR}Copia "
         "d:\\foto\\p10.jpg c:\\sito\\dir_0002\\img_001.jpg",
-        replace(page_000, "76 - Impossibile trovare il percorso", "2")},
+        page_000("76 - Impossibile trovare il percorso", "2")},
        "Sito/dir_0001/menu.htm"},
-      {"menu page",
-       "",
-       "fail C:\\Sito\\dir_0001\\menu.htm 61\n",
-       "C:\\Sito\\index.htm",
-       true,
-       {},
-       "Sito/dir_0002/menu.htm"},
+      {"menu page", "", "C:\\Sito\\dir_0001\\menu.htm", {}, "Sito/dir_0002/menu.htm"},
       {"picture page",
        "",
-       "fail C:\\Sito\\dir_0001\\img_003.htm 61\n",
-       "C:\\Sito\\index.htm",
-       true,
+       "C:\\Sito\\dir_0001\\img_003.htm",
        {"Errore nella copia singoli HTML ERR= 61 - Disco pieno{CR}{CR}Copia "
         "e:\\prog\\vetrina-foto_default\\dir_0001\\img_003.htm c:\\sito\\dir_0001\\img_003.htm"},
        "Sito/dir_0001/img_003.jpg"},
       {"album asset",
        "",
-       "fail C:\\Sito\\dir_0002\\puls_su3.jpg 61\n",
-       "C:\\Sito\\index.htm",
-       true,
+       "C:\\Sito\\dir_0002\\puls_su3.jpg",
        {"Errore nella copia dell'immagine puls_su3.jpg{CR}{LF}ERR= 61 - Disco pieno{CR}{CR}Copia "
         "E:\\PROG\\puls_su3.jpg c:\\sito\\dir_0002\\puls_su3.jpg"},
        "Sito/dir_0002/menu.htm"},
-      {"site file",
-       "",
-       "fail C:\\Sito\\pulsante.jpg 61\n",
-       "C:\\Sito\\index.htm",
-       true,
-       {},
-       "Sito/sfondo_2.gif"},
-      {"rename of a source",
-       "",
-       "fail D:\\Foto\\p03.jpg 61\n",
-       "C:\\Sito\\index.htm",
-       true,
-       {},
-       "Sito/dir_0001/img_003.jpg"},
-      {"read-only sources", "D", "", "C:\\Sito\\index.htm", true, {}, "Sito/dir_0003/menu.htm"},
-      {"read-only program", "E", "", "C:\\Sito\\index.htm", true, {}, "Sito/dir_0003/menu.htm"},
+      {"site file", "", "C:\\Sito\\pulsante.jpg", {}, "Sito/sfondo_2.gif"},
+      {"rename of a source", "", "D:\\Foto\\p03.jpg", {}, "Sito/dir_0001/img_003.jpg"},
+      {"read-only sources", "D", "", {}, "Sito/dir_0003/menu.htm"},
+      {"read-only program", "E", "", {}, "Sito/dir_0003/menu.htm"},
       {"read-only site, first fallback",
        "D",
        "",
-       "D:\\Sito\\index.htm",
-       true,
        {cd_rom},
-       "Sito/dir_0003/menu.htm"},
+       "Sito/dir_0003/menu.htm",
+       "D:\\Sito\\index.htm"},
       {"read-only site, second fallback",
        "D",
        "",
-       "D:\\Sito\\index.htm",
-       false,
        {cd_rom, no_folder + " 76 - Impossibile trovare il percorso"},
-       "dir_0003/menu.htm"},
+       "dir_0003/menu.htm",
+       "D:\\Sito\\index.htm",
+       false},
       {"everything read-only",
        "CDE",
        "",
-       "C:\\Sito\\index.htm",
-       true,
        {cd_rom.substr(0, 52) + "c:" + cd_rom.substr(54),
         no_folder + " 75 - Errore di accesso al percorso/file",
         "Errore in registrazione Elenco C:\\index.htm{CR}{CR} ERR= 75 - Errore di accesso al "
@@ -463,14 +416,15 @@ TEST(NothingLost, FullDiskAndReadOnlyDrivesAtEachStep) {
       setup += std::string("drive ") + drive + " " + static_cast<char>(std::tolower(drive)) +
                (c.readonly.find(drive) != std::string::npos ? " readonly\n" : "\n");
     }
-    setup += "program E:\\PROG\n" + c.fails;
+    setup += "program E:\\PROG\n";
+    if (!c.fails.empty()) setup += "fail " + c.fails + " 61\n";
     const Snapshot before = Take(tree);
     RunResult r = RunScript(Build(setup, "", "D:\\Foto", c.page), tree.root());
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_TRUE(Finished(r)) << r.out;
     EXPECT_EQ(Messages(r), c.messages);
     const Snapshot after = Take(tree);
-    EXPECT_EQ(Gone(before, after), std::vector<std::string>{});
+    EXPECT_EQ(Unmatched(before, after), std::vector<std::string>{});
     EXPECT_EQ(CaseBlind(after, "d/Foto/"), CaseBlind(before, "d/Foto/"));
     for (const auto& [path, bytes] : before) {
       if (path.rfind("e/", 0) != 0) continue;
