@@ -32,6 +32,13 @@ TEST(OpenPoints, OutputFolderThatCannotBeReachedDoesNotStopTheBuild) {
     EXPECT_NE(r.out.find("ASK: Visualizzo la pagina creata"), std::string::npos) << name;
   }
   EXPECT_TRUE(tree.Exists("c/index.htm"));
+  // A folder without a drive moves to the same folder under the root of C:.
+  r = RunScript(
+      std::string(kStart) +
+          "set txtNUM_FILE 1\nset txtNOME_FILE_HTM \\\\Manca\\index.htm\nclick Command1\n",
+      tree.root());
+  EXPECT_NE(r.out.find("(non esiste stessa cartella) C:\\manca\\index.htm{CR}"), std::string::npos)
+      << r.out;
 }
 
 TEST(OpenPoints, EmptyTemplatesAddNothing) {
