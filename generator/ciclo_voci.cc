@@ -43,7 +43,7 @@ void Voce(Vetrina& v, StatoEsecuzione& s) {
 
 }  // namespace
 
-Esito Ciclo_Voci(Vetrina& v, StatoEsecuzione& s) {
+void Ciclo_Voci(Vetrina& v, StatoEsecuzione& s) {
   const double primo = v.Module1.Primo_File;
   const double ultimo = v.Module1.Ultimo_File;
   s.Fine_Ciclo = false;
@@ -60,7 +60,6 @@ Esito Ciclo_Voci(Vetrina& v, StatoEsecuzione& s) {
     s.Armato = false;
     Voce(v, s);
   }
-  return Esito::kAvanti;
 }
 
 void Dividi_Percorso(const Vetrina& v, StatoEsecuzione& s) {

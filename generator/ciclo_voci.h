@@ -10,10 +10,10 @@ namespace vf {
 // The walk over the entries Primo_File to Ultimo_File: each non-blank entry
 // takes the chosen case on disk, opens an album with a button cell when it
 // is the album's first, is copied into its album folder with a page of its
-// own, and closes the album when it is full. Until the first non-blank entry
-// the page's recovery is still armed, which is the only way this gives back
-// anything but kAvanti.
-Esito Ciclo_Voci(Vetrina& v, StatoEsecuzione& s);
+// own, and closes the album when it is full. Blank entries write nothing, so
+// the page's recovery, armed until the first non-blank entry, has nothing to
+// act on here.
+void Ciclo_Voci(Vetrina& v, StatoEsecuzione& s);
 
 // Splits Riga at its last backslash into Dir_File (with the backslash) and
 // Nome_File, both in the chosen case.

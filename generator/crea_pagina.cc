@@ -103,8 +103,7 @@ Esito Scrittura_Pagina(Vetrina& v, StatoEsecuzione& s) {
   s.Num_Album = v.Primo_Album;
   e = Apri_Tabella(v, s);
   if (e != Esito::kAvanti) return e;
-  e = Ciclo_Voci(v, s);
-  if (e != Esito::kAvanti) return e;
+  Ciclo_Voci(v, s);
   return Chiudi_Pagina(v, s);
 }
 
