@@ -37,6 +37,11 @@ CHROMIUM_FLAGS = [
     "--hide-scrollbars",
 ]
 PAGE_TIMEOUT = 90  # seconds for one Chromium run
+# The numbers drawn on the sample pictures use this font file by its path
+# (Debian package fonts-dejavu-core, installed by scripts/install-deps.sh):
+# ImageMagick's own default font is only there when its recommended font
+# packages are.
+FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
 
 ALBUM_ASSETS = ["puls_sx3.jpg", "puls_su3.jpg", "puls_dx3.jpg", "sfondo_1.gif", "sfondo_2.gif"]
 SITE_FILES = ["intestaz.htm", "intest_2.htm", "piede.htm", "piede_2.htm", "diaposit.jpg",
@@ -230,7 +235,7 @@ def make_pictures(folder, count):
         hue = (n * 47) % 360
         r = run(["convert", "-size", size,
                  "gradient:hsl(%d,55%%,62%%)-hsl(%d,50%%,28%%)" % (hue, (hue + 40) % 360),
-                 "-gravity", "center", "-pointsize", "220", "-fill", "white",
+                 "-gravity", "center", "-font", FONT, "-pointsize", "220", "-fill", "white",
                  "-annotate", "+0+0", "%02d" % n, "-quality", "60",
                  os.path.join(folder, "P%02d.JPG" % n)])
         if r.returncode != 0:
