@@ -51,6 +51,11 @@ FinestraAlbum::FinestraAlbum(FrmAlbum& f, Scala scala, Clic clic)
   Lega(&f.List1Frame, elenco_);
   Caratteri();
   Colori();
+  if (QWidget* maiuscole = Widget("Option1")) {
+    maiuscole->setToolTip(QStringLiteral(
+        "In maiuscolo il sito funziona solo dove i nomi dei file non distinguono maiuscole e "
+        "minuscole: non su un server Linux né in anteprima su questo computer"));
+  }
   // The shadow of the banner lies over its coloured copy.
   if (QWidget* ombra = Widget("Label6(5)")) ombra->raise();
   OrdinaTab();

@@ -1,10 +1,15 @@
 #include "gui/programma.h"
 
+#include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QGuiApplication>
+#include <QLineEdit>
+#include <algorithm>
 #include <exception>
 
 #include "commands/clic.h"
+#include "platform/typed_path.h"
 #include "shell/avvio.h"
 
 namespace vf::gui {
@@ -25,25 +30,39 @@ class ContaComando {
 
 }  // namespace
 
-std::vector<DriveMapping> DischiDellaFinestra() {
-  return {{'C', QFile::encodeName(QDir::homePath()).toStdString(), false}, {'Z', "/", false}};
+Ambiente AmbienteDellUtente() {
+  const std::string casa = HomeFolder();
+  const UserArea area = UserAreaOf(casa);
+  return {
+      casa, UserDrives(area), area,
+      InstalledTemplates(QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString())};
 }
 
-Programma::Programma(const std::vector<DriveMapping>& dischi)
-    : fs_(std::make_unique<HostFileSystem>(dischi)),
+Programma::Programma(const Ambiente& ambiente)
+    : fs_(std::make_unique<HostFileSystem>(ambiente.dischi)),
       ui_(std::make_unique<QtUi>(*fs_)),
-      v_(std::make_unique<Vetrina>(*fs_, *ui_)) {
+      v_(std::make_unique<Vetrina>(*fs_, *ui_)),
+      ambiente_(ambiente) {
+  ui_->cartella_programma = ambiente.area.program_folder;
   ui_->prima_degli_eventi = [this] { Aggiorna(true); };
 }
 
 Programma::~Programma() = default;
 
+void Programma::PreparaCartella() {
+  if (ambiente_.modelli.empty()) return;
+  const std::string errore = PrepareUserArea(ambiente_.area, ambiente_.modelli);
+  if (!errore.empty()) ui_->Message(errore);
+}
+
 void Programma::Avvia() {
+  PreparaCartella();
   Main(*v_);
   Aggiorna(false);
 }
 
 void Programma::AvviaConScelta() {
+  PreparaCartella();
   Main_Con_Scelta(*v_);
   Aggiorna(false);
 }
@@ -58,9 +77,15 @@ void Programma::Clic(const std::string& nome) {
     Aggiorna(true);
     return;
   }
+  lavoro_ = nome == "cmdCONFERMA" || nome == "cmdCONFERMA_Tutti" ? Lavoro::kCaricamento
+            : nome == "Command1" || nome == "Command4"           ? Lavoro::kCreazione
+                                                                 : Lavoro::kNessuno;
+  inizio_lavoro_.start();
+  ridisegni_all_inizio_ = ui_->ridisegni;
   try {
     ContaComando in_corso(in_corso_);
     vf::Clic(*v_, nome);
+    lavoro_ = Lavoro::kNessuno;
   } catch (const FineProgramma&) {
     Termina();
     return;
@@ -70,6 +95,7 @@ void Programma::Clic(const std::string& nome) {
     ui_->CursoreNormale();
     ui_->Message(std::string("Errore interno: ") + e.what());
   }
+  lavoro_ = Lavoro::kNessuno;
   // F I N E clicked during a command that reached no repaint point after it.
   if (ui_->FineRichiesta()) {
     Termina();
@@ -92,11 +118,46 @@ void Programma::Aggiorna(bool durante) {
                                                 ScalaDelloSchermo(QGuiApplication::primaryScreen()),
                                                 [this](const std::string& n) { Clic(n); });
     finestra_->alla_chiusura = [this] { Chiusura(); };
+    for (const char* nome : {"txtPATH_RICERCA", "txtNOME_FILE_HTM"}) {
+      if (auto* casella = qobject_cast<QLineEdit*>(finestra_->Widget(nome))) {
+        connect(casella, &QLineEdit::editingFinished, this,
+                [this, nome] { CasellaLasciata(nome); });
+      }
+    }
     ui_->genitore = finestra_.get();
     finestra_->show();
   }
   if (dialogo_) dialogo_->Aggiorna(durante);
   if (finestra_) finestra_->Aggiorna(durante);
+  MostraAvanzamento();
+}
+
+void Programma::CasellaLasciata(const std::string& nome) {
+  if (finito_ || !finestra_) return;
+  Control* casella = v_->frmALBUM.Find(nome);
+  if (casella == nullptr) return;
+  if (std::optional<std::string> windows =
+          WindowsFormOfTyped(casella->Text, ambiente_.casa, *fs_)) {
+    casella->Text = *windows;
+    finestra_->Aggiorna(false);
+  }
+}
+
+void Programma::MostraAvanzamento() {
+  if (!finestra_) return;
+  QString titolo = QString::fromUtf8(FrmAlbum::kTitolo);
+  // A command shorter than about a second shows nothing: the title would
+  // only flicker.
+  if (lavoro_ != Lavoro::kNessuno && inizio_lavoro_.elapsed() >= avanzamento_dopo_ms) {
+    const int64_t voci = v_->frmALBUM.List1.ListCount();
+    if (lavoro_ == Lavoro::kCaricamento) {
+      titolo += QStringLiteral(" - Caricamento: %1 file trovati").arg(voci);
+    } else {
+      const int64_t fatte = std::min(ui_->ridisegni - ridisegni_all_inizio_, voci);
+      titolo += QStringLiteral(" - Creazione pagine: %1 di %2 voci").arg(fatte).arg(voci);
+    }
+  }
+  if (finestra_->windowTitle() != titolo) finestra_->setWindowTitle(titolo);
 }
 
 void Programma::ChiusuraDialogo() {

@@ -1,7 +1,9 @@
 #ifndef VF_GUI_PROGRAMMA_H_
 #define VF_GUI_PROGRAMMA_H_
 
+#include <QElapsedTimer>
 #include <QObject>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -9,12 +11,24 @@
 #include "gui/finestra_album.h"
 #include "gui/qt_ui.h"
 #include "platform/host_file_system.h"
+#include "platform/user_area.h"
 #include "shell/vetrina.h"
 
 namespace vf::gui {
 
-// The drives of the window: C: is the user's home folder, Z: the root.
-std::vector<DriveMapping> DischiDellaFinestra();
+// Where the window stands on this machine: its drives, its area (the
+// program's folder and drive C:'s folder on the host), and the installed
+// template set that fills the program's folder at start ("" for none).
+struct Ambiente {
+  std::string casa;  // the home folder, for "~" in a typed path
+  std::vector<DriveMapping> dischi;
+  UserArea area;
+  std::string modelli;
+};
+
+// The user's own: the per-user program folder ~/Vetrina-Foto, filled from the
+// template set installed with the executable, C: inside it, Z: the root.
+Ambiente AmbienteDellUtente();
 
 // The program with its windows: the logic, the file layer and the Qt user
 // operations, and the one place where clicks of both windows become
@@ -24,11 +38,13 @@ class Programma : public QObject {
   Q_OBJECT
 
  public:
-  explicit Programma(const std::vector<DriveMapping>& dischi = DischiDellaFinestra());
+  explicit Programma(const Ambiente& ambiente = AmbienteDellUtente());
   ~Programma() override;
 
   // The normal start-up: the main window, no usage dialog. The windows
-  // open on the screen given by Qt's primary screen.
+  // open on the screen given by Qt's primary screen. Both start-ups first
+  // fill the program's folder with the templates it lacks, and say so in a
+  // message when that fails.
   void Avvia();
   // The start-up that opens the usage dialog first.
   void AvviaConScelta();
@@ -37,6 +53,8 @@ class Programma : public QObject {
   void Clic(const std::string& nome);
 
   bool Finito() const { return finito_; }
+  // A load or build that lasts longer than this shows its progress.
+  int avanzamento_dopo_ms = 1000;
   bool InCorso() const { return in_corso_ > 0 || v_->occupato; }
   Vetrina& vetrina() { return *v_; }
   QtUi& ui() { return *ui_; }
@@ -56,12 +74,23 @@ class Programma : public QObject {
   void Chiusura();
   void ChiusuraDialogo();
   void Termina();
+  void PreparaCartella();
+  // A Linux path typed in a path box becomes its Windows form.
+  void CasellaLasciata(const std::string& nome);
+  // How far a long load or build is, in the window's title.
+  void MostraAvanzamento();
+
+  enum class Lavoro { kNessuno, kCaricamento, kCreazione };
 
   std::unique_ptr<HostFileSystem> fs_;
   std::unique_ptr<QtUi> ui_;
   std::unique_ptr<Vetrina> v_;
   std::unique_ptr<FinestraAlbum> finestra_;
   std::unique_ptr<DialogoUtilizzo> dialogo_;
+  Ambiente ambiente_;
+  Lavoro lavoro_ = Lavoro::kNessuno;
+  QElapsedTimer inizio_lavoro_;
+  int64_t ridisegni_all_inizio_ = 0;
   int in_corso_ = 0;
   bool finito_ = false;
 };

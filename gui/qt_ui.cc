@@ -121,6 +121,7 @@ void QtUi::Cursor(bool busy) {
 }
 
 void QtUi::Repaint() {
+  ++ridisegni;
   if (fine_richiesta_) throw FineProgramma{};
   // A scan reaches this once per entry; letting events run every time
   // would cost more than the scan itself.
@@ -190,8 +191,7 @@ double QtUi::ScreenWidthTwips() {
 }
 
 std::string QtUi::ProgramFolder() {
-  std::string cartella =
-      fs_.WindowsPath(AHost(QCoreApplication::applicationDirPath())).value_or("C:\\");
+  std::string cartella = fs_.WindowsPath(cartella_programma).value_or("C:\\");
   if (cartella.size() > 3 && cartella.back() == '\\') cartella.pop_back();
   return cartella;
 }

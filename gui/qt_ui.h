@@ -5,6 +5,7 @@
 #include <QPointer>
 #include <QStringList>
 #include <QWidget>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -52,6 +53,11 @@ class QtUi : public UserOps {
   bool FineRichiesta() const { return fine_richiesta_; }
   // The normal cursor again, whatever the logic left.
   void CursoreNormale() { Cursor(false); }
+
+  // The program's folder on the host; ProgramFolder gives its Windows form.
+  std::string cartella_programma;
+  // Repaint points reached so far: one per entry copied in a build.
+  int64_t ridisegni = 0;
 
   // Window over which messages and dialogs open.
   QPointer<QWidget> genitore;

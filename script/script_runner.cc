@@ -7,6 +7,7 @@
 #include "commands/clic.h"
 #include "platform/fault_injection.h"
 #include "platform/host_file_system.h"
+#include "platform/user_area.h"
 #include "shell/avvio.h"
 #include "shell/testo.h"
 #include "shell/vetrina.h"
@@ -185,9 +186,11 @@ bool ScriptRunner::SetUp(const std::string& word, const std::string& line) {
 bool ScriptRunner::Start(bool usage) {
   std::vector<DriveMapping> mapping;
   if (drives_.empty()) {
-    const char* home = std::getenv("HOME");
-    mapping.push_back({'C', home != nullptr && *home != '\0' ? home : "/root", false});
-    mapping.push_back({'Z', "/", false});
+    // The window's drives; drive C:'s folder is made so that a fallback of
+    // the build finds it, as in the window.
+    const UserArea area = UserAreaOf(HomeFolder());
+    MakeFolders(area.drive_c);
+    mapping = UserDrives(area);
   } else {
     for (const Drive& d : drives_) mapping.push_back({d.letter, d.host_folder, d.readonly});
   }
@@ -195,9 +198,15 @@ bool ScriptRunner::Start(bool usage) {
   if (program_) {
     ui_.program_folder = *program_;
   } else {
-    std::optional<std::string> own = host_->WindowsPath(runner_folder_);
+    // In a build tree the set also stands beside the runner, its folder of old.
+    std::error_code error;
+    const std::string templates =
+        std::filesystem::is_regular_file(runner_folder_ + "/INTESTAZ.HTM", error)
+            ? runner_folder_
+            : InstalledTemplates(runner_folder_);
+    std::optional<std::string> own = host_->WindowsPath(templates);
     if (!own) {
-      err_ << "vetrina-foto-script: la cartella del programma " << runner_folder_
+      err_ << "vetrina-foto-script: la cartella del programma " << templates
            << " non sta su nessun disco: indicarla con program\n";
       fatal_ = true;
       return true;

@@ -41,6 +41,30 @@ TEST(OpenPoints, OutputFolderThatCannotBeReachedDoesNotStopTheBuild) {
       << r.out;
 }
 
+TEST(OpenPoints, WithoutDrivesTheFallbacksStayInTheProgramsOwnArea) {
+  TempTree tree;
+  tree.Write("foto/a.jpg", "A");
+  tree.Write("casa/Documenti/lettera.txt", "cara");
+  std::string z = "Z:" + tree.root().string();
+  for (char& c : z) c = c == '/' ? '\\' : c;
+  // No drive line: C: is the folder of its own in the user's area, Z: the
+  // root; the output folder is missing, so the page goes to C:\index.htm.
+  RunResult r =
+      RunScript("start\nset txtPATH_RICERCA " + z + "\\foto\nclick cmdCONFERMA\n" +
+                    "set txtNOME_FILE_HTM " + z + "\\manca\\sito\\index.htm\n" + "click Command1\n",
+                tree.root(), tree.Path("casa").string());
+  ASSERT_EQ(r.status, 0) << r.err;
+  EXPECT_NE(r.out.find("(non esiste stessa cartella) C:\\"), std::string::npos) << r.out;
+  EXPECT_EQ(tree.Read("casa/Vetrina-Foto/Disco C/dir_0001/img_001.jpg"), "A");
+  EXPECT_TRUE(tree.Exists("casa/Vetrina-Foto/Disco C/index.htm"));
+  for (const std::string& name : tree.Tree("casa")) {
+    EXPECT_TRUE(name.rfind("Documenti/", 0) == 0 || name.rfind("Vetrina-Foto/Disco C/", 0) == 0 ||
+                name == "Vetrina-Foto/")
+        << name;
+  }
+  EXPECT_FALSE(tree.Exists("manca"));
+}
+
 TEST(OpenPoints, EmptyTemplatesAddNothing) {
   TempTree tree;
   WriteFixtureTemplates(tree, "c/PROG");

@@ -9,6 +9,9 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QTimer>
+#include <QToolButton>
+#include <QTreeView>
+#include <algorithm>
 #include <stdexcept>
 
 #include "tests/gui/supporto.h"
@@ -51,16 +54,14 @@ TEST(QtUi, QuestionWithoutAnswererShowsABoxAndReadsTheButton) {
 }
 
 TEST(QtUi, PathsInWindowsFormWithTheWindowsDrives) {
-  ProgrammaDiProva t;
-  const std::string home = QFile::encodeName(QDir::homePath()).toStdString();
-  if (home != "/") {
-    EXPECT_EQ(t.Windows(home + "/Foto/a.jpg"), "C:\\Foto\\a.jpg");
-  }
+  Cartella casa;
+  ProgrammaDiProva t(AmbienteIn(casa.Host()));
+  EXPECT_EQ(t.Windows(casa.Host("Vetrina-Foto/Disco C/Sito/a.jpg")), "C:\\Sito\\a.jpg");
+  std::string foto = "Z:" + casa.Host("Foto");
+  std::replace(foto.begin(), foto.end(), '/', '\\');
+  EXPECT_EQ(t.Windows(casa.Host("Foto")), foto);
   EXPECT_EQ(t.Windows("/usr/share"), "Z:\\usr\\share");
-  const std::string cartella = t.p().ui().ProgramFolder();
-  EXPECT_EQ(cartella,
-            t.Windows(QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString()));
-  EXPECT_NE(cartella.back(), '\\');
+  EXPECT_EQ(t.p().ui().ProgramFolder(), t.Windows(casa.Host("Vetrina-Foto")));
   EXPECT_EQ(t.p().ui().ScreenWidthTwips(),
             QGuiApplication::primaryScreen()->geometry().width() * 15.0);
   EXPECT_EQ(t.p().ui().TwipsPerPixelX(), 15.0);
@@ -103,6 +104,13 @@ TEST(QtUi, TheRealDialogChoosesAFileOrAFolder) {
       ASSERT_NE(d, nullptr);
       EXPECT_TRUE(d->testOption(QFileDialog::DontUseNativeDialog));
       visti = d->directory().entryList(d->filter());
+      // Qt's own texts of the dialog are Italian too.
+      auto* vista = d->findChild<QTreeView*>(QStringLiteral("treeView"));
+      ASSERT_NE(vista, nullptr);
+      EXPECT_EQ(vista->model()->headerData(0, Qt::Horizontal).toString(), "Nome");
+      auto* nuova = d->findChild<QToolButton*>(QStringLiteral("newFolderButton"));
+      ASSERT_NE(nuova, nullptr);
+      EXPECT_EQ(nuova->toolTip(), "Crea nuova cartella");
       d->selectFile(nome);
       QMetaObject::invokeMethod(d, "accept");
     });

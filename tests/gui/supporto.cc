@@ -1,5 +1,6 @@
 #include "tests/gui/supporto.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -40,7 +41,15 @@ void Cartella::Albero(const std::string& sotto, int cartelle, int per_cartella) 
   }
 }
 
-ProgrammaDiProva::ProgrammaDiProva() : programma_(std::make_unique<Programma>()) {
+Ambiente AmbienteIn(const std::string& casa) {
+  const UserArea area = UserAreaOf(casa);
+  return {
+      casa, UserDrives(area), area,
+      InstalledTemplates(QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString())};
+}
+
+ProgrammaDiProva::ProgrammaDiProva(const Ambiente& ambiente)
+    : programma_(std::make_unique<Programma>(ambiente)) {
   QtUi& ui = programma_->ui();
   ui.intervallo_ms = 0;
   ui.risponditore = [this](const std::string& testo, bool domanda) {
@@ -81,7 +90,14 @@ void ProgrammaDiProva::Scrivi(const std::string& nome, const std::string& testo)
   QLineEdit* e = Casella(nome);
   e->selectAll();
   QTest::keyClick(e, Qt::Key_Delete);
-  QTest::keyClicks(e, QString::fromStdString(testo));
+  // Qt's test keyboard knows only ASCII: other letters come as typed text.
+  for (const QChar c : QString::fromStdString(testo)) {
+    if (c.unicode() < 128) {
+      QTest::keyClick(e, c.toLatin1());
+    } else {
+      QTest::sendKeyEvent(QTest::Click, e, Qt::Key_unknown, QString(c), Qt::NoModifier);
+    }
+  }
 }
 
 std::string ProgrammaDiProva::Windows(const std::string& host) {

@@ -65,13 +65,14 @@ std::vector<std::string> TempTree::Tree(const std::string& relative) const {
   return out;
 }
 
-RunResult RunScript(const std::string& script, const fs::path& cwd) {
+RunResult RunScript(const std::string& script, const fs::path& cwd, const std::string& home) {
   RunResult r;
   std::string pattern = (fs::temp_directory_path() / "vf-run-XXXXXX").string();
   char* made = mkdtemp(pattern.data());
   fs::path work = made != nullptr ? fs::path(made) : cwd;
   std::ofstream(work / "script.txt", std::ios::binary) << script;
-  std::string command = "cd '" + cwd.string() + "' && '" VF_RUNNER "' '" +
+  std::string command = "cd '" + cwd.string() + "' && " +
+                        (home.empty() ? "" : "HOME='" + home + "' ") + "'" VF_RUNNER "' '" +
                         (work / "script.txt").string() + "' > '" + (work / "out").string() +
                         "' 2> '" + (work / "err").string() + "'";
   int status = std::system(command.c_str());

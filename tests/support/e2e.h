@@ -38,8 +38,10 @@ struct RunResult {
   std::vector<std::string> lines;  // out split at line feeds
 };
 
-// Runs vetrina-foto-script on `script` with `cwd` as its working folder.
-RunResult RunScript(const std::string& script, const std::filesystem::path& cwd);
+// Runs vetrina-foto-script on `script` with `cwd` as its working folder,
+// and `home` as its home folder when one is given.
+RunResult RunScript(const std::string& script, const std::filesystem::path& cwd,
+                    const std::string& home = "");
 
 // Lines joined with CR LF after each, as templates and pages are written.
 std::string CrLf(const std::vector<std::string>& lines);
