@@ -40,6 +40,8 @@ struct RunResult {
 
 // Runs vetrina-foto-script on `script` with `cwd` as its working folder.
 RunResult RunScript(const std::string& script, const std::filesystem::path& cwd);
+// Runs vetrina-foto-script with `argument` (a script's path or an option).
+RunResult RunRunner(const std::string& argument, const std::filesystem::path& cwd);
 
 // Lines joined with CR LF after each, as templates and pages are written.
 std::string CrLf(const std::vector<std::string>& lines);
