@@ -87,6 +87,14 @@ TEST(Runner, ExitStatuses) {
   // The runner's own folder on no drive and no program line: status 1.
   r = RunScript("drive C c\nstart\n", tree.root());
   EXPECT_EQ(r.status, 1);
+  r = RunRunner("manca.txt", tree.root());
+  EXPECT_EQ(r.status, 1);
+  // The usage, on standard output.
+  for (const char* option : {"--help", "-h"}) {
+    r = RunRunner(option, tree.root());
+    EXPECT_EQ(r.status, 0) << option;
+    EXPECT_NE(r.out.find("vetrina-foto-script SCRIPT"), std::string::npos) << option;
+  }
   // END ends the script with status 0 and nothing after it runs.
   r = RunScript("drive C c\nprogram C:\\\nstart\nclick cmdFINE\nprint txtNUM_FILE.Text\n",
                 tree.root());

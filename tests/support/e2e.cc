@@ -65,16 +65,25 @@ std::vector<std::string> TempTree::Tree(const std::string& relative) const {
   return out;
 }
 
-RunResult RunScript(const std::string& script, const fs::path& cwd, const std::string& home) {
+namespace {
+
+// Runs the runner with `argument`, in a folder of its own for its outputs
+// (and for the script, when one is written first).
+RunResult Run(const std::string* script, const std::string& argument, const fs::path& cwd,
+              const std::string& home) {
   RunResult r;
   std::string pattern = (fs::temp_directory_path() / "vf-run-XXXXXX").string();
   char* made = mkdtemp(pattern.data());
   fs::path work = made != nullptr ? fs::path(made) : cwd;
-  std::ofstream(work / "script.txt", std::ios::binary) << script;
+  std::string arg = argument;
+  if (script != nullptr) {
+    std::ofstream(work / "script.txt", std::ios::binary) << *script;
+    arg = (work / "script.txt").string();
+  }
   std::string command = "cd '" + cwd.string() + "' && " +
-                        (home.empty() ? "" : "HOME='" + home + "' ") + "'" VF_RUNNER "' '" +
-                        (work / "script.txt").string() + "' > '" + (work / "out").string() +
-                        "' 2> '" + (work / "err").string() + "'";
+                        (home.empty() ? "" : "HOME='" + home + "' ") + "'" VF_RUNNER "' '" + arg +
+                        "' > '" + (work / "out").string() + "' 2> '" + (work / "err").string() +
+                        "'";
   int status = std::system(command.c_str());
   r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   auto slurp = [](const fs::path& p) {
@@ -90,6 +99,16 @@ RunResult RunScript(const std::string& script, const fs::path& cwd, const std::s
   std::error_code ec;
   fs::remove_all(work, ec);
   return r;
+}
+
+}  // namespace
+
+RunResult RunScript(const std::string& script, const fs::path& cwd, const std::string& home) {
+  return Run(&script, "", cwd, home);
+}
+
+RunResult RunRunner(const std::string& argument, const fs::path& cwd) {
+  return Run(nullptr, argument, cwd, "");
 }
 
 std::string CrLf(const std::vector<std::string>& lines) {

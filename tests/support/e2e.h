@@ -42,6 +42,8 @@ struct RunResult {
 // and `home` as its home folder when one is given.
 RunResult RunScript(const std::string& script, const std::filesystem::path& cwd,
                     const std::string& home = "");
+// Runs vetrina-foto-script with `argument` (a script's path or an option).
+RunResult RunRunner(const std::string& argument, const std::filesystem::path& cwd);
 
 // Lines joined with CR LF after each, as templates and pages are written.
 std::string CrLf(const std::vector<std::string>& lines);
