@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -154,6 +155,23 @@ std::vector<std::string> References(const std::string& text) {
   return refs;
 }
 
+// The attributes of every img tag of a text, names in small letters.
+std::vector<std::map<std::string, std::string>> Pictures(const std::string& text) {
+  static const std::regex kImg(R"(<img\b([^>]*)>)", std::regex::icase);
+  static const std::regex kAttr(R"re(([A-Za-z-]+)\s*=\s*"([^"]*)")re");
+  std::vector<std::map<std::string, std::string>> out;
+  for (auto it = std::sregex_iterator(text.begin(), text.end(), kImg); it != std::sregex_iterator();
+       ++it) {
+    const std::string attrs = (*it)[1].str();
+    std::map<std::string, std::string> a;
+    for (auto at = std::sregex_iterator(attrs.begin(), attrs.end(), kAttr);
+         at != std::sregex_iterator(); ++at)
+      a[Lower((*at)[1].str())] = (*at)[2].str();
+    out.push_back(a);
+  }
+  return out;
+}
+
 TEST(TemplateSetTest, EveryFileStandsUnderItsName) {
   std::vector<fs::path> files;
   for (const auto& n : kPageTemplates) files.push_back(kSet / n);
@@ -289,6 +307,44 @@ TEST(TemplateSetTest, MenuAndPictureTemplatesHoldTheirMarkersOnceToALineAndLinks
     EXPECT_EQ(text.find(kNextMarker) != std::string::npos, n == kAlbumSize);
     EXPECT_EQ(Lower(text).find(kPrevMarker), std::string::npos);
     EXPECT_EQ(Lower(text).find(kTitleMarker), std::string::npos);
+  }
+}
+
+TEST(TemplateSetTest, PicturesKeepTheirBoxesAndOnlyTilesBelowTheFirstScreenWait) {
+  // Every picture has its size written out, so nothing moves while it
+  // loads, and is decoded off the page's way.
+  std::vector<fs::path> pages = {kSet / "MENU.HTM", kSet / "INTESTAZ.HTM"};
+  for (int i = 1; i <= kAlbumSize; ++i) pages.push_back(PlaceTemplate(i));
+  for (const auto& page : pages) {
+    for (auto& img : Pictures(ReadBytes(page))) {
+      SCOPED_TRACE(page.filename().string() + ": " + img["src"]);
+      EXPECT_FALSE(img["width"].empty());
+      EXPECT_FALSE(img["height"].empty());
+      EXPECT_EQ(img["decoding"], "async");
+    }
+  }
+  // The box of each picture, as the style sheets shape it, and which
+  // pictures wait until they are scrolled near: the first six tiles fill the
+  // first screen both in two columns on a phone and in three on a computer.
+  struct Case {
+    fs::path page;
+    std::string src, width, height;
+    bool lazy;
+  };
+  std::vector<Case> cases = {{kSet / "INTESTAZ.HTM", "foto-1a.jpg", "64", "64", false}};
+  for (int i = 1; i <= kAlbumSize; ++i) {
+    cases.push_back({kSet / "MENU.HTM", PictureMarker(i), "400", "300", i > 6});
+    cases.push_back({PlaceTemplate(i), PictureMarker(i), "1200", "800", false});
+  }
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.page.filename().string() + ": " + c.src);
+    auto pictures = Pictures(ReadBytes(c.page));
+    auto img = std::find_if(pictures.begin(), pictures.end(),
+                            [&](const auto& a) { return a.count("src") && a.at("src") == c.src; });
+    ASSERT_NE(img, pictures.end());
+    EXPECT_EQ((*img)["width"], c.width);
+    EXPECT_EQ((*img)["height"], c.height);
+    EXPECT_EQ((*img)["loading"], c.lazy ? "lazy" : "");
   }
 }
 
