@@ -6,17 +6,18 @@
 # named here, installed without its recommended packages; so does the one font
 # that a picture step draws text with (DejaVu Sans Bold, fonts-dejavu-core).
 #   build: cmake ninja-build g++ pkg-config, Qt (qt6-base-dev, libgl-dev),
-#          GoogleTest; clang and its sanitizer/fuzzer runtime for scripts/fuzz.sh
+#          libvips (libvips-dev), GoogleTest; clang and its sanitizer/fuzzer runtime for scripts/fuzz.sh
 #   window: qt6-qpa-plugins (the X11 platform plugin), qt6-translations-l10n
 #          (Qt's Italian texts in the file dialogs)
 #   pictures and screenshots: imagemagick (convert, identify, import),
 #          fonts-dejavu-core, xvfb + xauth (xvfb-run), x11-utils (xwininfo)
 #   browser check: chromium, python3
+#   benchmarks: libvips-tools (vipsthumbnail)
 #   Debian package (cpack -G DEB): dpkg-dev (dpkg-shlibdeps), file
 set -euo pipefail
-packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-qpa-plugins libgl-dev libgtest-dev
-  libgmock-dev qt6-translations-l10n clang libclang-rt-14-dev xvfb xauth x11-utils chromium
-  imagemagick fonts-dejavu-core python3 file dpkg-dev)
+packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-qpa-plugins libgl-dev libvips-dev
+  libgtest-dev libgmock-dev qt6-translations-l10n clang libclang-rt-14-dev xvfb xauth x11-utils chromium
+  imagemagick fonts-dejavu-core python3 file dpkg-dev libvips-tools)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

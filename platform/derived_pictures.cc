@@ -1,0 +1,565 @@
+#include "platform/derived_pictures.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vips/vips8>
+
+#include "platform/case_fold.h"
+#include "platform/derived_record.h"
+#include "platform/failure.h"
+#include "platform/host_files.h"
+
+namespace vf {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kJpegQuality = 82;
+constexpr int kWebpQuality = 80;
+// Decoders that read line by line keep little in memory whatever the size,
+// so only time bounds them; the others hold the whole picture (a GIF costs
+// about 9 bytes a pixel), so two of them at once must stay well inside a
+// small machine's memory.
+constexpr int64_t kMaxStreamedPixels = int64_t{1} << 30;
+constexpr int64_t kMaxWholePixels = 100'000'000;
+
+enum class Kind { kJpeg, kPng, kGif, kWebp, kTiff, kBmp };
+
+std::string_view Extension(std::string_view path) {
+  size_t dot = path.rfind('.');
+  if (dot == std::string_view::npos || path.find('/', dot) != std::string_view::npos) return {};
+  return path.substr(dot + 1);
+}
+
+// The kind of picture the decoder vips picked reads; none for anything else,
+// so that no other decoder (PDF, SVG, ImageMagick's many) ever sees a file
+// that only claims to be a picture.
+std::optional<Kind> KindOfLoader(std::string_view loader) {
+  auto is = [loader](std::string_view prefix) { return loader.starts_with(prefix); };
+  if (is("VipsForeignLoadJpeg")) return Kind::kJpeg;
+  if (is("VipsForeignLoadPng")) return Kind::kPng;
+  if (is("VipsForeignLoadNsgif") || is("VipsForeignLoadGif")) return Kind::kGif;
+  if (is("VipsForeignLoadWebp")) return Kind::kWebp;
+  if (is("VipsForeignLoadTiff")) return Kind::kTiff;
+  return std::nullopt;
+}
+
+// The savers of some libvips versions write EXIF (made afresh from the image
+// size) or keep XMP and the profile whatever they are told, so the saved
+// bytes are sifted: only the picture stays.
+
+uint32_t Big32(const std::string& s, size_t at) {
+  return uint32_t{static_cast<unsigned char>(s[at])} << 24 |
+         uint32_t{static_cast<unsigned char>(s[at + 1])} << 16 |
+         uint32_t{static_cast<unsigned char>(s[at + 2])} << 8 |
+         uint32_t{static_cast<unsigned char>(s[at + 3])};
+}
+
+uint32_t Little32(const std::string& s, size_t at) {
+  return uint32_t{static_cast<unsigned char>(s[at])} |
+         uint32_t{static_cast<unsigned char>(s[at + 1])} << 8 |
+         uint32_t{static_cast<unsigned char>(s[at + 2])} << 16 |
+         uint32_t{static_cast<unsigned char>(s[at + 3])} << 24;
+}
+
+// JPEG: the APP segments but JFIF (APP0) and Adobe's colour transform
+// (APP14) go, and so do comments.
+bool SiftJpeg(std::string* bytes) {
+  const std::string& in = *bytes;
+  if (in.size() < 4 || in.compare(0, 2, "\xFF\xD8") != 0) return false;
+  std::string out = in.substr(0, 2);
+  size_t at = 2;
+  while (true) {
+    if (at + 4 > in.size() || static_cast<unsigned char>(in[at]) != 0xFF) return false;
+    auto marker = static_cast<unsigned char>(in[at + 1]);
+    if (marker == 0xFF) {
+      ++at;
+      continue;
+    }
+    if (marker == 0xDA) break;  // start of scan: the rest is the picture
+    size_t length =
+        static_cast<unsigned char>(in[at + 2]) << 8 | static_cast<unsigned char>(in[at + 3]);
+    if (length < 2 || at + 2 + length > in.size()) return false;
+    bool metadata = (marker >= 0xE1 && marker <= 0xEF && marker != 0xEE) || marker == 0xFE;
+    if (!metadata) out.append(in, at, 2 + length);
+    at += 2 + length;
+  }
+  out.append(in, at);
+  *bytes = std::move(out);
+  return true;
+}
+
+// PNG: the profile, EXIF, texts (where XMP lives too) and the time stamp go.
+bool SiftPng(std::string* bytes) {
+  const std::string& in = *bytes;
+  if (in.size() < 8 || in.compare(0, 8, "\x89PNG\r\n\x1A\n") != 0) return false;
+  std::string out = in.substr(0, 8);
+  size_t at = 8;
+  while (at < in.size()) {
+    if (at + 12 > in.size()) return false;
+    size_t length = Big32(in, at);
+    if (length > in.size() - at - 12) return false;
+    std::string_view type(in.data() + at + 4, 4);
+    if (type != "iCCP" && type != "eXIf" && type != "tEXt" && type != "zTXt" && type != "iTXt" &&
+        type != "tIME") {
+      out.append(in, at, 12 + length);
+    }
+    at += 12 + length;
+  }
+  *bytes = std::move(out);
+  return true;
+}
+
+// WebP: the profile, EXIF and XMP chunks go, with their flags in the VP8X
+// header.
+bool SiftWebp(std::string* bytes) {
+  const std::string& in = *bytes;
+  if (in.size() < 12 || in.compare(0, 4, "RIFF") != 0 || in.compare(8, 4, "WEBP") != 0) {
+    return false;
+  }
+  std::string out = in.substr(0, 12);
+  size_t at = 12;
+  while (at < in.size()) {
+    if (at + 8 > in.size()) return false;
+    size_t length = Little32(in, at + 4);
+    size_t padded = length + (length & 1);
+    if (padded > in.size() - at - 8) return false;
+    std::string_view type(in.data() + at, 4);
+    if (type != "ICCP" && type != "EXIF" && type != "XMP ") {
+      size_t start = out.size();
+      out.append(in, at, 8 + padded);
+      if (type == "VP8X" && length > 0) out[start + 8] = static_cast<char>(out[start + 8] & ~0x2C);
+    }
+    at += 8 + padded;
+  }
+  uint32_t riff = static_cast<uint32_t>(out.size() - 8);
+  for (int i = 0; i < 4; ++i) out[4 + i] = static_cast<char>(riff >> (8 * i) & 0xFF);
+  *bytes = std::move(out);
+  return true;
+}
+
+// One source picture opened for scaling to any number of sizes. Every
+// failure of libvips ends as "cannot be scaled": no exception leaves.
+class SourcePicture {
+ public:
+  // False when the picture cannot be scaled: not a kind that is derived,
+  // unreadable, or too large to decode safely. `fd` stays the caller's.
+  bool Open(int fd, const std::string& path) {
+    try {
+      path_ = path;
+      source_ = vips::VSource::new_from_descriptor(fd);
+      const char* loader = vips_foreign_find_load_source(source_->get_source());
+      std::optional<Kind> kind = loader ? KindOfLoader(loader) : std::nullopt;
+      if (!kind) {
+        // ImageMagick reads BMP, and only from a file; it is trusted with
+        // nothing but what starts as a BMP does.
+        char magic[2];
+        if (::pread(fd, magic, 2, 0) != 2 || magic[0] != 'B' || magic[1] != 'M') return false;
+        kind = Kind::kBmp;
+      }
+      kind_ = *kind;
+      vips::VImage header =
+          kind_ == Kind::kBmp
+              ? vips::VImage::new_from_file(
+                    path_.c_str(), vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL))
+              : vips::VImage::new_from_source(
+                    *source_, "", vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
+      bool streamed = (kind_ == Kind::kJpeg && !Flag(header, "jpeg-multiscan")) ||
+                      (kind_ == Kind::kPng && !Flag(header, "interlaced")) || kind_ == Kind::kWebp;
+      int64_t pixels = int64_t{header.width()} * header.height();
+      if (pixels > (streamed ? kMaxStreamedPixels : kMaxWholePixels)) return false;
+      to_srgb_ = header.get_typeof(VIPS_META_ICC_NAME) != 0 ||
+                 header.interpretation() == VIPS_INTERPRETATION_CMYK;
+      return true;
+    } catch (const std::exception&) {
+      vips_error_clear();
+      return false;
+    }
+  }
+
+  // The picture scaled to fit `pixels` and saved, or nothing when it cannot
+  // be.
+  std::optional<std::string> Scale(int pixels) {
+    try {
+      vips::VOption* options = vips::VImage::option()
+                                   ->set("height", pixels)
+                                   ->set("size", VIPS_SIZE_DOWN)
+                                   ->set("fail_on", VIPS_FAIL_ON_ERROR);
+      // A picture with its own profile (or CMYK) is turned into sRGB, what a
+      // page takes a picture without a profile to be; the others are sRGB
+      // already. So no profile is kept: sRGB's would weigh more than a small
+      // picture.
+      if (to_srgb_) options->set("export_profile", "srgb");
+      // Some libvips versions pass `fail_on` to no decoder but a file's, so
+      // a source's decoder is also told through its option string.
+      if (kind_ != Kind::kBmp) options->set("option_string", "fail_on=error");
+      vips::VImage image = kind_ == Kind::kBmp
+                               ? vips::VImage::thumbnail(path_.c_str(), pixels, options)
+                               : vips::VImage::thumbnail_source(*source_, pixels, options);
+      bool jpeg = kind_ == Kind::kJpeg || kind_ == Kind::kTiff || kind_ == Kind::kBmp;
+      if (jpeg) image = ForJpeg(image);
+      image = WithoutMetadata(image);
+      return Save(image, jpeg);
+    } catch (const std::exception&) {
+      vips_error_clear();
+      return std::nullopt;
+    }
+  }
+
+ private:
+  static bool Flag(const vips::VImage& image, const char* field) {
+    return image.get_typeof(field) != 0 && image.get_int(field) != 0;
+  }
+
+  // JPEG keeps 8 bits and no transparency: a deeper picture is brought to
+  // 8 bits and a transparent one laid on white, as a page would show it.
+  static vips::VImage ForJpeg(vips::VImage image) {
+    if (image.format() != VIPS_FORMAT_UCHAR) {
+      image =
+          image.colourspace(image.bands() < 3 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB);
+    }
+    if (image.has_alpha()) {
+      image = image.flatten(vips::VImage::option()->set("background", std::vector<double>{255}));
+    }
+    return image;
+  }
+
+  // The savers that ignore `strip` write what the image carries.
+  static vips::VImage WithoutMetadata(const vips::VImage& image) {
+    vips::VImage copy = image.copy();
+    char** fields = vips_image_get_fields(copy.get_image());
+    for (char** field = fields; *field; ++field) copy.remove(*field);
+    g_strfreev(fields);
+    return copy;
+  }
+
+  std::optional<std::string> Save(const vips::VImage& image, bool jpeg) const {
+    vips::VOption* options = vips::VImage::option()->set("strip", true);
+    const char* suffix = ".jpg";
+    bool (*sift)(std::string*) = SiftJpeg;
+    if (jpeg) {
+      options->set("Q", kJpegQuality);
+    } else if (kind_ == Kind::kPng) {
+      suffix = ".png";
+      sift = SiftPng;
+    } else if (kind_ == Kind::kGif) {
+      suffix = ".gif";
+      sift = nullptr;  // the GIF saver writes no metadata
+    } else if (kind_ == Kind::kWebp) {
+      suffix = ".webp";
+      sift = SiftWebp;
+      options->set("Q", kWebpQuality);
+    }
+    void* buffer = nullptr;
+    size_t size = 0;
+    image.write_to_buffer(suffix, &buffer, &size, options);
+    std::unique_ptr<void, decltype(&g_free)> owned(buffer, g_free);
+    std::string bytes(static_cast<const char*>(buffer), size);
+    if (sift && !sift(&bytes)) return std::nullopt;
+    return bytes;
+  }
+
+  std::string path_;
+  std::optional<vips::VSource> source_;
+  Kind kind_ = Kind::kJpeg;
+  bool to_srgb_ = false;
+};
+
+struct Album {
+  std::string path;
+  DerivedRecord record;
+  std::vector<std::string> folders;  // per size, as written on disk
+  std::vector<bool> ready;           // per size: the folder is there to write in
+  size_t pending = 0;                // pictures not finished
+  bool dirty = false;                // the record changed since it was written
+};
+
+struct Job {
+  size_t copy = 0;
+  size_t album = 0;
+  std::string name;           // the copy's file name
+  std::vector<size_t> sizes;  // the sizes to make
+  // Filled by the worker that makes the job, read once it is reported.
+  std::vector<DerivedEntry> made;
+  std::vector<std::pair<size_t, std::string>> plain;
+  std::vector<std::pair<size_t, std::string>> failed;
+};
+
+bool IsRealFolder(const std::string& path) {
+  struct stat st;
+  return ::lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+bool IsPlainFile(const std::string& path) {
+  struct stat st;
+  return ::lstat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
+}
+
+// Makes <album>/<wanted> a folder to write in: the one there, the same in
+// another case renamed, or a new one. A link is not followed: it could lead
+// out of the album. Temporary files that a crash left are removed.
+bool PrepareSizeFolder(const std::string& album, const std::string& wanted) {
+  std::string path = album + "/" + wanted;
+  std::error_code error;
+  std::string other_case;
+  bool exact = false;
+  for (fs::directory_iterator it(album, error), end; !error && it != end; it.increment(error)) {
+    std::string name = it->path().filename().string();
+    if (name == wanted) {
+      exact = true;
+    } else if (other_case.empty() && EqualIgnoringCase(name, wanted) &&
+               IsRealFolder(album + "/" + name)) {
+      other_case = name;
+    }
+  }
+  if (!exact && !other_case.empty()) {
+    std::rename((album + "/" + other_case).c_str(), path.c_str());
+  } else if (!exact) {
+    ::mkdir(path.c_str(), 0755);
+  }
+  if (!IsRealFolder(path)) return false;
+  for (fs::directory_iterator it(path, error), end; !error && it != end; it.increment(error)) {
+    std::string name = it->path().filename().string();
+    if (name.starts_with(kDerivedTemporaryPrefix)) ::unlink((path + "/" + name).c_str());
+  }
+  return true;
+}
+
+void PrepareAlbum(Album* album, const std::vector<DerivedSize>& sizes, bool capitals) {
+  album->record = DerivedRecord::Read(album->path);
+  for (const DerivedSize& size : sizes) {
+    album->folders.push_back(capitals ? ToUpper(size.folder) : ToLower(size.folder));
+    album->ready.push_back(PrepareSizeFolder(album->path, album->folders.back()));
+  }
+}
+
+int64_t Nanoseconds(const struct timespec& time) {
+  return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
+// Decides which sizes of the job must be made. A derived picture that its
+// record shows up to date stays, renamed when only the case of its name
+// changed; the record forgets the others before they are remade, so that a
+// crash meanwhile cannot leave a record that vouches for a stale picture.
+void Plan(Job* job, Album* album, const CopyRecord& copy, const std::vector<DerivedSize>& sizes) {
+  struct stat st;
+  bool have_source = ::stat(copy.source.c_str(), &st) == 0 && S_ISREG(st.st_mode);
+  std::string source_key = ToLower(copy.source);
+  for (size_t s = 0; s < sizes.size(); ++s) {
+    std::string folder = album->path + "/" + album->folders[s];
+    std::string derived = folder + "/" + job->name;
+    if (!album->ready[s]) {
+      job->failed.emplace_back(s, derived);
+      continue;
+    }
+    const DerivedEntry* found = album->record.Find(album->folders[s], job->name);
+    if (!found) {
+      job->sizes.push_back(s);
+      continue;
+    }
+    DerivedEntry entry = *found;
+    if (have_source && entry.pixels == sizes[s].pixels && entry.source == source_key &&
+        entry.bytes == st.st_size && entry.mtime_ns == Nanoseconds(st.st_mtim)) {
+      if (entry.copy_name != job->name) {
+        std::rename((folder + "/" + entry.copy_name).c_str(), derived.c_str());
+      }
+      if (IsPlainFile(derived)) {
+        if (entry.folder != album->folders[s] || entry.copy_name != job->name) {
+          entry.folder = album->folders[s];
+          entry.copy_name = job->name;
+          album->record.Put(entry);
+          album->dirty = true;
+        }
+        if (entry.plain) job->plain.emplace_back(s, derived);
+        continue;
+      }
+    }
+    album->record.Erase(entry.folder, entry.copy_name);
+    album->dirty = true;
+    job->sizes.push_back(s);
+  }
+}
+
+int WriteBytes(int fd, const std::string& bytes) {
+  size_t at = 0;
+  while (at < bytes.size()) {
+    ssize_t done = ::write(fd, bytes.data() + at, bytes.size() - at);
+    if (done < 0) {
+      if (errno == EINTR) continue;
+      return FailureFromErrno(errno);
+    }
+    at += static_cast<size_t>(done);
+  }
+  return kOk;
+}
+
+// Makes the planned sizes of one picture. Runs on a worker thread and
+// touches nothing but the job.
+void Make(Job* job, const Album& album, const CopyRecord& copy,
+          const std::vector<DerivedSize>& sizes, bool vips_ready) {
+  if (job->sizes.empty()) return;
+  auto derived = [&](size_t s) { return album.path + "/" + album.folders[s] + "/" + job->name; };
+  Fd fd;
+  struct stat st;
+  if (OpenHostInput(copy.source, &fd) != kOk || ::fstat(fd.get(), &st) != 0) {
+    for (size_t s : job->sizes) job->failed.emplace_back(s, derived(s));
+    return;
+  }
+  SourcePicture picture;
+  bool scalable = vips_ready && picture.Open(fd.get(), copy.source);
+  for (size_t s : job->sizes) {
+    std::optional<std::string> scaled;
+    if (scalable) scaled = picture.Scale(sizes[s].pixels);
+    std::string folder = album.path + "/" + album.folders[s];
+    int failure = WriteFileInPlace(folder, job->name, [&](int out) {
+      if (scaled) return WriteBytes(out, *scaled);
+      if (::lseek(fd.get(), 0, SEEK_SET) != 0) return static_cast<int>(kErroreAccesso);
+      return CopyHostData(fd.get(), out);
+    });
+    if (failure != kOk) {
+      job->failed.emplace_back(s, derived(s));
+      continue;
+    }
+    if (!scaled) job->plain.emplace_back(s, derived(s));
+    job->made.push_back(DerivedEntry{album.folders[s], sizes[s].pixels, job->name,
+                                     ToLower(copy.source), st.st_size, Nanoseconds(st.st_mtim),
+                                     !scaled});
+  }
+}
+
+void Report(std::vector<std::pair<size_t, std::string>>* paths, std::vector<std::string>* out) {
+  std::sort(paths->begin(), paths->end());
+  for (auto& [size, path] : *paths) out->push_back(std::move(path));
+}
+
+}  // namespace
+
+bool SizeFolderIsSafe(const std::string& folder) {
+  return !folder.empty() && folder[0] != '.' &&
+         folder.find_first_of(std::string_view("/\\\0", 3)) == std::string::npos;
+}
+
+bool IsDerivablePicture(const std::string& path) {
+  std::string extension = ToLower(Extension(path));
+  for (std::string_view known : {"jpg", "jpeg", "png", "gif", "webp", "tif", "tiff", "bmp"}) {
+    if (extension == known) return true;
+  }
+  return false;
+}
+
+DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
+                             const std::vector<DerivedSize>& all_sizes, bool capitals,
+                             const std::function<bool(size_t, size_t)>& progress) {
+  DeriveOutcome outcome;
+  std::vector<DerivedSize> sizes;
+  for (const DerivedSize& size : all_sizes) {
+    if (SizeFolderIsSafe(size.folder) && size.pixels > 0) sizes.push_back(size);
+  }
+  if (sizes.empty()) return outcome;
+  bool vips_ready = VIPS_INIT("vetrina-foto") == 0;
+
+  std::vector<Album> albums;
+  std::vector<Job> jobs;
+  for (size_t i = 0; i < copies.size(); ++i) {
+    const CopyRecord& copy = copies[i];
+    size_t slash = copy.copy.rfind('/');
+    if (!IsDerivablePicture(copy.source) || slash == std::string::npos ||
+        slash + 1 == copy.copy.size()) {
+      continue;
+    }
+    std::string album_path = copy.copy.substr(0, slash);
+    auto album = std::find_if(albums.begin(), albums.end(),
+                              [&](const Album& a) { return a.path == album_path; });
+    if (album == albums.end()) {
+      albums.emplace_back().path = album_path;
+      PrepareAlbum(&albums.back(), sizes, capitals);
+      album = albums.end() - 1;
+    }
+    Job job;
+    job.copy = i;
+    job.album = static_cast<size_t>(album - albums.begin());
+    job.name = copy.copy.substr(slash + 1);
+    Plan(&job, &*album, copy, sizes);
+    ++album->pending;
+    jobs.push_back(std::move(job));
+  }
+  for (Album& album : albums) {
+    if (album.dirty) album.record.Write(album.path);
+    album.dirty = false;
+  }
+
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::vector<size_t> finished;
+  std::atomic<size_t> next = 0;
+  std::atomic<bool> stop = false;
+  size_t running = std::min<size_t>(std::max(1u, std::thread::hardware_concurrency()), jobs.size());
+  std::vector<std::jthread> workers;
+  for (size_t w = 0; w < running; ++w) {
+    workers.emplace_back([&] {
+      while (!stop) {
+        size_t i = next++;
+        if (i >= jobs.size()) break;
+        Make(&jobs[i], albums[jobs[i].album], copies[jobs[i].copy], sizes, vips_ready);
+        std::lock_guard lock(mutex);
+        finished.push_back(i);
+        changed.notify_one();
+      }
+      vips_thread_shutdown();
+      std::lock_guard lock(mutex);
+      --running;
+      changed.notify_one();
+    });
+  }
+
+  // The records, the outcome and the callback stay on this thread.
+  size_t done = 0;
+  std::unique_lock lock(mutex);
+  while (true) {
+    changed.wait(lock, [&] { return !finished.empty() || running == 0; });
+    if (finished.empty()) break;
+    std::vector<size_t> batch = std::exchange(finished, {});
+    lock.unlock();
+    for (size_t i : batch) {
+      Album& album = albums[jobs[i].album];
+      for (DerivedEntry& entry : jobs[i].made) album.record.Put(std::move(entry));
+      album.dirty = album.dirty || !jobs[i].made.empty();
+      if (--album.pending == 0 && album.dirty) {
+        album.record.Write(album.path);
+        album.dirty = false;
+      }
+      ++done;
+      if (!stop && progress && !progress(done, jobs.size())) stop = true;
+    }
+    lock.lock();
+  }
+  lock.unlock();
+  workers.clear();
+  for (Album& album : albums) {
+    if (album.dirty) album.record.Write(album.path);
+  }
+  // What libvips keeps of the pass (open sources, decoded tiles) goes now.
+  if (vips_ready) vips_cache_drop_all();
+
+  for (Job& job : jobs) {
+    Report(&job.plain, &outcome.plain_copies);
+    Report(&job.failed, &outcome.failed);
+  }
+  outcome.stopped = stop;
+  return outcome;
+}
+
+}  // namespace vf

@@ -1,0 +1,207 @@
+#include "platform/derived_record.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <utility>
+#include <vector>
+
+#include "platform/case_fold.h"
+#include "platform/failure.h"
+#include "platform/host_files.h"
+
+namespace vf {
+namespace {
+
+constexpr std::string_view kFirstLine = "vetrina-derivate 1";
+
+std::string Key(std::string_view folder, std::string_view copy_name) {
+  std::string key = ToLower(folder);
+  key += '/';
+  key += ToLower(copy_name);
+  return key;
+}
+
+void AppendEscaped(std::string* out, std::string_view text) {
+  for (char c : text) {
+    switch (c) {
+      case '\\':
+        *out += "\\\\";
+        break;
+      case '\t':
+        *out += "\\t";
+        break;
+      case '\n':
+        *out += "\\n";
+        break;
+      case '\r':
+        *out += "\\r";
+        break;
+      default:
+        *out += c;
+    }
+  }
+}
+
+bool Unescape(std::string_view text, std::string* out) {
+  out->clear();
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '\\') {
+      *out += text[i];
+      continue;
+    }
+    if (++i == text.size()) return false;
+    switch (text[i]) {
+      case '\\':
+        *out += '\\';
+        break;
+      case 't':
+        *out += '\t';
+        break;
+      case 'n':
+        *out += '\n';
+        break;
+      case 'r':
+        *out += '\r';
+        break;
+      default:
+        return false;
+    }
+  }
+  return true;
+}
+
+template <typename Number>
+bool ReadNumber(std::string_view text, Number* value) {
+  const char* end = text.data() + text.size();
+  auto [at, error] = std::from_chars(text.data(), end, *value);
+  return error == std::errc() && at == end;
+}
+
+std::vector<std::string_view> SplitFields(std::string_view line) {
+  std::vector<std::string_view> fields;
+  size_t start = 0;
+  while (true) {
+    size_t tab = line.find('\t', start);
+    fields.push_back(line.substr(start, tab - start));
+    if (tab == std::string_view::npos) return fields;
+    start = tab + 1;
+  }
+}
+
+bool ParseLine(std::string_view line, DerivedEntry* entry) {
+  std::vector<std::string_view> fields = SplitFields(line);
+  if (fields.size() != 7) return false;
+  if (!Unescape(fields[0], &entry->folder) || !Unescape(fields[2], &entry->copy_name) ||
+      !Unescape(fields[3], &entry->source)) {
+    return false;
+  }
+  if (!ReadNumber(fields[1], &entry->pixels) || !ReadNumber(fields[4], &entry->bytes) ||
+      !ReadNumber(fields[5], &entry->mtime_ns)) {
+    return false;
+  }
+  if (fields[6] != "s" && fields[6] != "c") return false;
+  entry->plain = fields[6] == "c";
+  return !entry->folder.empty() && !entry->copy_name.empty();
+}
+
+int WriteAll(int fd, std::string_view data) {
+  while (!data.empty()) {
+    ssize_t done = ::write(fd, data.data(), data.size());
+    if (done < 0) {
+      if (errno == EINTR) continue;
+      return FailureFromErrno(errno);
+    }
+    data.remove_prefix(static_cast<size_t>(done));
+  }
+  return kOk;
+}
+
+}  // namespace
+
+int WriteFileInPlace(const std::string& folder, const std::string& name,
+                     const std::function<int(int)>& fill) {
+  std::string temporary = folder + "/" + std::string(kDerivedTemporaryPrefix) + "XXXXXX";
+  Fd fd(::mkostemp(temporary.data(), O_CLOEXEC));
+  if (!fd.valid()) return FailureFromErrno(errno);
+  int failure = fill(fd.get());
+  if (failure == kOk && ::fchmod(fd.get(), 0644) != 0) failure = FailureFromErrno(errno);
+  int closed = fd.Close();
+  if (failure == kOk) failure = closed;
+  if (failure == kOk && std::rename(temporary.c_str(), (folder + "/" + name).c_str()) != 0) {
+    failure = FailureFromErrno(errno);
+  }
+  if (failure != kOk) ::unlink(temporary.c_str());
+  return failure;
+}
+
+DerivedRecord DerivedRecord::Read(const std::string& album) {
+  Fd fd;
+  if (OpenHostInput(album + "/" + std::string(kFileName), &fd) != kOk) return {};
+  std::string text;
+  char buffer[64 * 1024];
+  while (true) {
+    ssize_t got = ::read(fd.get(), buffer, sizeof buffer);
+    if (got == 0) break;
+    if (got < 0) {
+      if (errno == EINTR || errno == EAGAIN) continue;
+      return {};
+    }
+    text.append(buffer, static_cast<size_t>(got));
+  }
+  return Parse(text);
+}
+
+DerivedRecord DerivedRecord::Parse(std::string_view text) {
+  DerivedRecord record;
+  size_t end = text.find('\n');
+  if (text.substr(0, end) != kFirstLine) return record;
+  while (end != std::string_view::npos) {
+    size_t start = end + 1;
+    end = text.find('\n', start);
+    DerivedEntry entry;
+    if (ParseLine(text.substr(start, end - start), &entry)) record.Put(std::move(entry));
+  }
+  return record;
+}
+
+const DerivedEntry* DerivedRecord::Find(std::string_view folder, std::string_view copy_name) const {
+  auto found = entries_.find(Key(folder, copy_name));
+  return found == entries_.end() ? nullptr : &found->second;
+}
+
+void DerivedRecord::Put(DerivedEntry entry) {
+  std::string key = Key(entry.folder, entry.copy_name);
+  entries_.insert_or_assign(std::move(key), std::move(entry));
+}
+
+void DerivedRecord::Erase(std::string_view folder, std::string_view copy_name) {
+  entries_.erase(Key(folder, copy_name));
+}
+
+std::string DerivedRecord::Text() const {
+  std::string text(kFirstLine);
+  text += '\n';
+  for (const auto& [key, entry] : entries_) {
+    AppendEscaped(&text, entry.folder);
+    text += '\t' + std::to_string(entry.pixels) + '\t';
+    AppendEscaped(&text, entry.copy_name);
+    text += '\t';
+    AppendEscaped(&text, entry.source);
+    text += '\t' + std::to_string(entry.bytes) + '\t' + std::to_string(entry.mtime_ns);
+    text += entry.plain ? "\tc\n" : "\ts\n";
+  }
+  return text;
+}
+
+int DerivedRecord::Write(const std::string& album) const {
+  std::string text = Text();
+  return WriteFileInPlace(album, std::string(kFileName),
+                          [&text](int fd) { return WriteAll(fd, text); });
+}
+
+}  // namespace vf
