@@ -62,6 +62,7 @@ void Command1_Click(Vetrina& v) {
   const std::string cartella_scelta = m.Dir_Output;
   Crea_Pagina(v);
   Copia_Immagini_Sito(v);
+  v.ui.AfterBuild(Maiuscole(v));
   if (v.ui.Question("Visualizzo la pagina creata " + m.Dir_Output + m.Nome_File_Output +
                     " (S/N) ")) {
     // A page that the recovery moved to drive C: is not in the current

@@ -45,6 +45,13 @@ Programma::Programma(const Ambiente& ambiente)
       ambiente_(ambiente) {
   ui_->cartella_programma = ambiente.area.program_folder;
   ui_->prima_degli_eventi = [this] { Aggiorna(true); };
+  ui_->immagini_ridotte = [this](size_t fatte, size_t tutte) {
+    // The pass has a second of its own before it shows how far it is.
+    if (lavoro_ != Lavoro::kImmagini) inizio_lavoro_.start();
+    lavoro_ = Lavoro::kImmagini;
+    immagini_fatte_ = fatte;
+    immagini_tutte_ = tutte;
+  };
 }
 
 Programma::~Programma() = default;
@@ -152,6 +159,9 @@ void Programma::MostraAvanzamento() {
     const int64_t voci = v_->frmALBUM.List1.ListCount();
     if (lavoro_ == Lavoro::kCaricamento) {
       titolo += QStringLiteral(" - Caricamento: %1 file trovati").arg(voci);
+    } else if (lavoro_ == Lavoro::kImmagini) {
+      titolo +=
+          QStringLiteral(" - Immagini ridotte: %1 di %2").arg(immagini_fatte_).arg(immagini_tutte_);
     } else {
       const int64_t fatte = std::min(ui_->ridisegni - ridisegni_all_inizio_, voci);
       titolo += QStringLiteral(" - Creazione pagine: %1 di %2 voci").arg(fatte).arg(voci);

@@ -80,7 +80,7 @@ class Programma : public QObject {
   // How far a long load or build is, in the window's title.
   void MostraAvanzamento();
 
-  enum class Lavoro { kNessuno, kCaricamento, kCreazione };
+  enum class Lavoro { kNessuno, kCaricamento, kCreazione, kImmagini };
 
   std::unique_ptr<HostFileSystem> fs_;
   std::unique_ptr<QtUi> ui_;
@@ -91,6 +91,8 @@ class Programma : public QObject {
   Lavoro lavoro_ = Lavoro::kNessuno;
   QElapsedTimer inizio_lavoro_;
   int64_t ridisegni_all_inizio_ = 0;
+  size_t immagini_fatte_ = 0;
+  size_t immagini_tutte_ = 0;
   int in_corso_ = 0;
   bool finito_ = false;
 };

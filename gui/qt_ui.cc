@@ -15,6 +15,7 @@
 #include <exception>
 #include <string_view>
 
+#include "platform/derived_pass.h"
 #include "platform/host_file_system.h"
 
 namespace vf::gui {
@@ -120,17 +121,32 @@ void QtUi::Cursor(bool busy) {
   }
 }
 
-void QtUi::Repaint() {
-  ++ridisegni;
-  if (fine_richiesta_) throw FineProgramma{};
+void QtUi::Eventi() {
   // A scan reaches this once per entry; letting events run every time
   // would cost more than the scan itself.
   if (ultimo_giro_.isValid() && ultimo_giro_.elapsed() < intervallo_ms) return;
   if (prima_degli_eventi) prima_degli_eventi();
   QCoreApplication::processEvents();
   ultimo_giro_.start();
+}
+
+void QtUi::Repaint() {
+  ++ridisegni;
+  if (fine_richiesta_) throw FineProgramma{};
+  Eventi();
   // F I N E clicked meanwhile: the command stops here, not inside Qt.
   if (fine_richiesta_) throw FineProgramma{};
+}
+
+void QtUi::AfterBuild(bool capitals) {
+  const DerivedPass pass =
+      RunDerivedPass(fs_, ProgramFolder(), capitals, [this](size_t fatte, size_t tutte) {
+        if (immagini_ridotte) immagini_ridotte(fatte, tutte);
+        Eventi();
+        return !fine_richiesta_;
+      });
+  if (pass.stopped || fine_richiesta_) throw FineProgramma{};
+  for (const std::string& m : pass.messages) Message(m);
 }
 
 QString QtUi::CartellaIniziale(const std::string& start_folder) {

@@ -45,6 +45,10 @@ class QtUi : public UserOps {
   double TwipsPerPixelX() override { return 15.0; }
   std::string ProgramFolder() override;
   bool StartCommand(const std::string& line) override;
+  // The web-sized pictures of the build; pending events run as at a repaint
+  // point, and F I N E stops the pass between two pictures and ends the
+  // program.
+  void AfterBuild(bool capitals) override;
   [[noreturn]] void End() override;
 
   // The user asked to end the program while a command runs: the next
@@ -58,6 +62,9 @@ class QtUi : public UserOps {
   std::string cartella_programma;
   // Repaint points reached so far: one per entry copied in a build.
   int64_t ridisegni = 0;
+
+  // Told after each picture of the web-size pass: pictures done, in all.
+  std::function<void(size_t fatte, size_t tutte)> immagini_ridotte;
 
   // Window over which messages and dialogs open.
   QPointer<QWidget> genitore;
@@ -81,6 +88,8 @@ class QtUi : public UserOps {
   // The host folder a dialog starts in: the nearest folder that exists on
   // the way up from the Windows start folder, else the home folder.
   QString CartellaIniziale(const std::string& start_folder);
+  // Lets pending events run, at most every `intervallo_ms`.
+  void Eventi();
   std::optional<std::string> SceltaUtente(const std::string& title, const QString& inizio);
 
   HostFileSystem& fs_;

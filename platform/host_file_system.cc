@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <system_error>
+#include <unordered_map>
 
 #include "platform/failure.h"
 #include "platform/host_files.h"
@@ -152,7 +153,26 @@ int HostFileSystem::CopyFile(const Place& from, const Place& to) {
   cache_.Added(HostFolderOf(to), to.names.back(), FolderEntry::kFile);
   failure = CopyHostData(in.get(), out.get());
   int closed = out.Close();
-  return failure != kOk ? failure : closed;
+  if (failure == kOk) failure = closed;
+  if (failure == kOk) copies_.push_back({HostOf(from), HostOf(to)});
+  return failure;
+}
+
+std::vector<HostFileSystem::Copied> HostFileSystem::TakeCopies() {
+  // A paged build writes the same targets run after run: the last copy made
+  // to a target is the one that stands there.
+  std::vector<Copied> last;
+  std::unordered_map<std::string, size_t> where;
+  for (Copied& c : copies_) {
+    auto [it, added] = where.try_emplace(c.to, last.size());
+    if (added) {
+      last.push_back(std::move(c));
+    } else {
+      last[it->second] = std::move(c);
+    }
+  }
+  copies_.clear();
+  return last;
 }
 
 bool HostFileSystem::SameFile(const Place& a, const Place& b) {

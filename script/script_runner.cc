@@ -213,6 +213,7 @@ bool ScriptRunner::Start(bool usage) {
     }
     ui_.program_folder = *own;
   }
+  ui_.host = host_.get();
   fs_ = std::make_unique<FaultInjectingFileSystem>(*host_);
   for (const Failure& f : failures_) fs_->AddFailure(f.path, f.number);
   v_ = std::make_unique<Vetrina>(*fs_, ui_);

@@ -1,0 +1,75 @@
+#include "platform/derived_pass.h"
+
+#include <filesystem>
+#include <memory>
+
+#include "platform/case_fold.h"
+#include "platform/derived_pictures.h"
+#include "platform/sizes_file.h"
+
+namespace vf {
+namespace {
+
+// "img_" + three digits + "." in any case: the copy of a list entry.
+bool PlaceName(const std::string& name, const char* prefix, size_t digits) {
+  const size_t n = std::char_traits<char>::length(prefix);
+  if (name.size() < n + digits || !EqualIgnoringCase(name.substr(0, n), prefix)) return false;
+  for (size_t i = n; i < n + digits; ++i) {
+    if (name[i] < '0' || name[i] > '9') return false;
+  }
+  return true;
+}
+
+bool CopyOfAnEntry(const std::string& target) {
+  const std::filesystem::path p(target);
+  const std::string name = p.filename().string();
+  return PlaceName(name, "img_", 3) && name.size() > 7 && name[7] == '.' &&
+         PlaceName(p.parent_path().filename().string(), "dir_", 4) &&
+         p.parent_path().filename().string().size() == 8;
+}
+
+// The whole text of a file, or nothing when it cannot be read.
+bool ReadAll(FileSystem& fs, const std::string& path, std::string* text) {
+  std::unique_ptr<InputFile> file;
+  if (fs.OpenInput(path, &file) != 0) return false;
+  char buffer[4096];
+  size_t got = 0;
+  while (file->Read(buffer, sizeof buffer, &got) == 0 && got > 0) text->append(buffer, got);
+  return true;
+}
+
+}  // namespace
+
+DerivedPass RunDerivedPass(HostFileSystem& fs, const std::string& program_folder, bool capitals,
+                           const std::function<bool(size_t, size_t)>& progress) {
+  DerivedPass pass;
+  const std::vector<HostFileSystem::Copied> copied = fs.TakeCopies();
+  std::string text;
+  std::string folder = program_folder;
+  if (!folder.empty() && folder.back() != '\\') folder += '\\';
+  if (!ReadAll(fs, folder + "DIMENSIONI.TXT", &text)) return pass;
+  const SizesFile sizes = ParseSizesFile(text);
+  if (!sizes.bad_lines.empty()) {
+    std::string m = "Righe non valide nel file DIMENSIONI.TXT, non considerate:";
+    for (const std::string& line : sizes.bad_lines) m += "\r" + line;
+    pass.messages.push_back(m);
+  }
+  std::vector<CopyRecord> copies;
+  for (const HostFileSystem::Copied& c : copied) {
+    if (CopyOfAnEntry(c.to)) copies.push_back({c.from, c.to});
+  }
+  if (sizes.sizes.empty() || copies.empty()) return pass;
+  const DeriveOutcome outcome = DerivePictures(copies, sizes.sizes, capitals, progress);
+  pass.stopped = outcome.stopped;
+  auto tell = [&](const char* heading, const std::vector<std::string>& pictures) {
+    if (pictures.empty()) return;
+    std::string m = heading;
+    for (const std::string& host : pictures) m += "\r" + fs.WindowsPath(host).value_or(host);
+    pass.messages.push_back(m);
+  };
+  tell("Immagini non riducibili, copiate come sono:", outcome.plain_copies);
+  tell("Immagini ridotte non scritte:", outcome.failed);
+  return pass;
+}
+
+}  // namespace vf

@@ -1,0 +1,62 @@
+#include "platform/sizes_file.h"
+
+#include <sstream>
+#include <string_view>
+
+#include "platform/case_fold.h"
+
+namespace vf {
+namespace {
+
+constexpr int kMaxPixels = 20000;
+
+bool WholeNumber(const std::string& text, int* value) {
+  if (text.empty() || text.size() > 5) return false;
+  int n = 0;
+  for (char c : text) {
+    if (c < '0' || c > '9') return false;
+    n = n * 10 + (c - '0');
+  }
+  *value = n;
+  return n >= 1 && n <= kMaxPixels;
+}
+
+// A name that a Windows folder can have, and that stays inside its parent.
+bool FolderName(const std::string& name) {
+  if (!SizeFolderIsSafe(name)) return false;
+  for (unsigned char c : name) {
+    if (c < 32 || std::string_view("<>:\"|?*\\/").find(static_cast<char>(c)) != std::string::npos) {
+      return false;
+    }
+  }
+  return name.back() != '.';
+}
+
+}  // namespace
+
+SizesFile ParseSizesFile(const std::string& text) {
+  SizesFile out;
+  std::istringstream lines(text);
+  int number = 0;
+  for (std::string line; std::getline(lines, line);) {
+    ++number;
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    std::istringstream words(line);
+    std::string name, pixels, more;
+    words >> name >> pixels >> more;
+    if (name.empty() || name.front() == '#') continue;
+    int value = 0;
+    bool good = more.empty() && WholeNumber(pixels, &value) && FolderName(name);
+    for (const DerivedSize& earlier : out.sizes) {
+      if (EqualIgnoringCase(earlier.folder, name)) good = false;
+    }
+    if (good) {
+      out.sizes.push_back({name, value});
+    } else {
+      out.bad_lines.push_back("riga " + std::to_string(number) + ": " + line);
+    }
+  }
+  return out;
+}
+
+}  // namespace vf

@@ -1,0 +1,28 @@
+#ifndef VF_PLATFORM_SIZES_FILE_H_
+#define VF_PLATFORM_SIZES_FILE_H_
+
+#include <string>
+#include <vector>
+
+#include "platform/derived_pictures.h"
+
+namespace vf {
+
+// The sizes file of a template set, DIMENSIONI.TXT: one size a line, a
+// folder name and a longest side in pixels ("mini 480"), separated by
+// blanks or tabs; blank lines and lines starting with "#" say nothing.
+struct SizesFile {
+  std::vector<DerivedSize> sizes;
+  // Each line that says something but no usable size, as "riga N: TEXT".
+  std::vector<std::string> bad_lines;
+};
+
+// Reads the file's text (CR LF or LF lines). A line is bad when it does not
+// hold exactly a name and a whole number from 1 to 20000, when the name
+// could lead out of the album folder or is no Windows name, or when an
+// earlier line already names the folder (ignoring case).
+SizesFile ParseSizesFile(const std::string& text);
+
+}  // namespace vf
+
+#endif  // VF_PLATFORM_SIZES_FILE_H_
