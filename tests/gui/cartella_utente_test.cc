@@ -138,5 +138,46 @@ TEST(CartellaUtente, ProgressInTheTitle) {
   EXPECT_EQ(t.finestra().windowTitle(), titolo);
 }
 
+// The web-size pass of a build shows how far it is, and F I N E stops it
+// between two pictures: the program ends and no half picture is left.
+TEST(CartellaUtente, FineStopsTheWebSizePassCleanly) {
+  Cartella foto;
+  const std::string jpeg = LeggiHost(QCoreApplication::applicationDirPath() + "/diaposit.jpg");
+  for (int i = 0; i < 30; ++i) foto.Scrivi("foto/f" + std::to_string(100 + i) + ".jpg", jpeg);
+  Cartella casa;
+  casa.Scrivi("Vetrina-Foto/DIMENSIONI.TXT", "mini 100\r\nweb 200\r\n");
+  ProgrammaDiProva t(AmbienteIn(casa.Host()));
+  t.p().avanzamento_dopo_ms = 0;
+  t.p().Avvia();
+  std::string titolo;
+  auto mostra = t.p().ui().immagini_ridotte;
+  t.p().ui().immagini_ridotte = [&](size_t fatte, size_t tutte) {
+    mostra(fatte, tutte);
+    if (fatte == 3) {
+      t.p().Clic("cmdFINE");
+      titolo = t.finestra().windowTitle().toStdString();
+    }
+  };
+  t.Scrivi("txtPATH_RICERCA", t.Windows(foto.Host("foto")));
+  t.Pulsante("cmdCONFERMA")->click();
+  t.Pulsante("Command1")->click();
+  EXPECT_EQ(t.fine, 1);
+  EXPECT_TRUE(t.p().Finito());
+  EXPECT_NE(titolo.find(" - Immagini ridotte: 3 di 30"), std::string::npos) << titolo;
+  int fatte = 0;
+  for (QDirIterator it(QString::fromStdString(casa.Host("Vetrina-Foto")),
+                       QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+       it.hasNext();) {
+    const QString f = it.next();
+    EXPECT_FALSE(it.fileName().startsWith(".derivate-")) << f.toStdString();
+    if (!f.contains("/mini/") && !f.contains("/web/")) continue;
+    ++fatte;
+    const std::string byte = LeggiHost(f);
+    EXPECT_EQ(byte.substr(byte.size() - 2), "\xFF\xD9") << f.toStdString();
+  }
+  EXPECT_GE(fatte, 6);
+  EXPECT_LT(fatte, 60);
+}
+
 }  // namespace
 }  // namespace vf::gui::test
