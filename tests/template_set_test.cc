@@ -24,6 +24,7 @@ namespace fs = std::filesystem;
 
 const fs::path kSet = fs::path(VF_SOURCE_DIR) / "templates";
 const fs::path kPlaces = kSet / "VETRINA-FOTO_DEFAULT" / "dir_0001";
+const fs::path kSizes = kSet / "DIMENSIONI.TXT";
 constexpr int kAlbumSize = 9;
 
 const std::vector<std::string> kPageTemplates = {"MENU.HTM", "INTESTAZ.HTM", "INTEST_2.HTM",
@@ -178,8 +179,9 @@ TEST(TemplateSetTest, EveryFileStandsUnderItsName) {
   for (const auto& n : kAlbumAssets) files.push_back(kSet / n);
   for (const auto& n : kIndexPictures) files.push_back(kSet / n);
   for (int i = 1; i <= kAlbumSize; ++i) files.push_back(PlaceTemplate(i));
+  files.push_back(kSizes);
   std::set<fs::path> unique(files.begin(), files.end());
-  EXPECT_EQ(unique.size(), 27u);
+  EXPECT_EQ(unique.size(), 28u);
   for (const auto& f : unique) {
     ASSERT_TRUE(fs::is_directory(f.parent_path())) << f;
     bool exact = false;  // the name as listed, not merely a match ignoring case
@@ -223,6 +225,7 @@ TEST(TemplateSetTest, TemplatesAreAsciiLinesEndingInCrLf) {
   std::vector<fs::path> files;
   for (const auto& n : kPageTemplates) files.push_back(kSet / n);
   for (int i = 1; i <= kAlbumSize; ++i) files.push_back(PlaceTemplate(i));
+  files.push_back(kSizes);
   for (const auto& f : files) {
     std::string t = ReadBytes(f);
     ASSERT_FALSE(t.empty()) << f;
@@ -232,7 +235,7 @@ TEST(TemplateSetTest, TemplatesAreAsciiLinesEndingInCrLf) {
                             [](unsigned char c) { return c == '\t' || (c >= 32 && c < 127); }))
         << f << ": a lone CR or LF or a byte outside printable ASCII";
     // Every page declares its code; the foot templates are no pages of their own.
-    if (!f.filename().string().starts_with("PIEDE")) {
+    if (f.extension() == ".HTM" && !f.filename().string().starts_with("PIEDE")) {
       EXPECT_NE(t.find("<meta charset=\"utf-8\">"), std::string::npos) << f;
     }
   }
@@ -365,6 +368,36 @@ TEST(TemplateSetTest, ReferencesNameFilesTheSiteWillHold) {
     std::vector<std::string> refs = References(ReadBytes(page));
     EXPECT_FALSE(refs.empty()) << page;
     for (const auto& ref : refs) EXPECT_TRUE(in_album.count(ref)) << page << ": " << ref;
+  }
+}
+
+TEST(TemplateSetTest, PagesShowOnlyCopiesTheSizesFileMakesAtTheirWidths) {
+  // A folder name, blanks and a longest side in pixels a line; blank lines
+  // and lines starting with # say nothing.
+  std::map<std::string, std::string> sizes;
+  for (const auto& line : Lines(kSizes)) {
+    if (line.find_first_not_of(" \t") == std::string::npos || line.starts_with("#")) continue;
+    std::smatch m;
+    ASSERT_TRUE(
+        std::regex_match(line, m, std::regex(R"([ \t]*([A-Za-z0-9_-]+)[ \t]+([0-9]+)[ \t]*)")))
+        << line;
+    sizes[m[1]] = m[2];
+  }
+  ASSERT_EQ(sizes.size(), 2u);
+  // A copy named in a page, with the width a srcset gives it.
+  static const std::regex kCopy(R"(([A-Za-z0-9_-]+)/img_[0-9]{3}\.jpg( [0-9]+w)?)");
+  std::vector<fs::path> pages = {kSet / "MENU.HTM"};
+  for (int i = 1; i <= kAlbumSize; ++i) pages.push_back(PlaceTemplate(i));
+  for (const auto& page : pages) {
+    const std::string text = ReadBytes(page);
+    for (auto it = std::sregex_iterator(text.begin(), text.end(), kCopy);
+         it != std::sregex_iterator(); ++it) {
+      SCOPED_TRACE(page.filename().string() + ": " + (*it)[0].str());
+      ASSERT_TRUE(sizes.count((*it)[1]));
+      if ((*it)[2].matched) {
+        EXPECT_EQ((*it)[2].str(), " " + sizes[(*it)[1]] + "w");
+      }
+    }
   }
 }
 
