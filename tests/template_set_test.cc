@@ -247,12 +247,13 @@ TEST(TemplateSetTest, IndexPageKeepsItsStructureWhateverTheBoxesDrop) {
       SCOPED_TRACE(testing::Message()
                    << "Elimino sfondo " << no_background << ", Elimino titolo " << no_title);
       std::vector<std::string> head = HeadLines(no_background, no_title);
-      // The program writes <HTML> itself; the head must leave body, div and
-      // center open, which the program closes with "</center></div>".
+      // The program writes <HTML> itself; the head must leave body, main, div
+      // and center open: the program closes "</center></div>", the foot main.
       for (const auto& l : head) EXPECT_FALSE(Holds(l, "<html")) << l;
       Structure after_head = Parse("<HTML>\n" + Join(head));
       EXPECT_EQ(after_head.error, "");
-      EXPECT_EQ(after_head.open, (std::vector<std::string>{"html", "body", "div", "center"}));
+      EXPECT_EQ(after_head.open,
+                (std::vector<std::string>{"html", "body", "main", "div", "center"}));
 
       bool both = no_background && no_title;
       std::vector<std::string> page = {"<HTML>"};
