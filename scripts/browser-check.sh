@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # Builds a site of 25 pictures with the headless runner of BUILD_DIR and loads
-# every page of it in headless Chromium: every page must load, and every link
-# and picture must lead to a file of the site, except the places past the end
-# of the last, partly filled album. Prints a summary; exits non-zero on a failure.
+# every page of it in headless Chromium: every page must load, every link and
+# picture it shows (the web-sized copies too) must lead to a file of the site,
+# and no request may fail. The places past the end of the last, partly filled
+# album are hidden by the pages and never requested. Prints a summary; exits
+# non-zero on a failure.
 #
 #   scripts/browser-check.sh BUILD_DIR [--keep]
 #

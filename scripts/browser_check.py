@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Builds a sample site with the headless runner and looks at it in Chromium.
 
-    browser_check.py check BUILD_DIR [--keep]      every page loads, every reference resolves
+    browser_check.py check BUILD_DIR [--keep]      every page loads, every reference shown
+                                                   resolves, nothing requested fails
     browser_check.py shots BUILD_DIR OUTDIR [--keep] screenshots at 390 and 1280 px
     browser_check.py check-site SITE_DIR           the check alone, on a site built
                                                    elsewhere from 25 pictures
@@ -11,13 +12,23 @@ The site is made from PICTURES small JPEG files (P01.JPG ...) by the runner
 BUILD_DIR/bin/vetrina-foto-script, in small letters, albums of ALBUM_SIZE
 pictures, into a temporary folder, and served on 127.0.0.1 by
 `python3 -m http.server`.  Only the standard library, ImageMagick's `convert`
-and Chromium are used.
+and Chromium are used; Chromium is driven through --remote-debugging-pipe,
+which tells what each page shows and what it hides.
+
+A place past the end of the last album still has its links and picture name
+in the menu and in the page before it, but the pages hide them: such a
+reference is allowed only inside an element the page does not show, and the
+browser must never request it.  Every reference a page shows must resolve,
+and every element it hides must be there for such a place.
 """
 
-import concurrent.futures
+import collections
+import fcntl
 import html.parser
+import json
 import os
 import re
+import select
 import shutil
 import socket
 import subprocess
@@ -63,9 +74,10 @@ def album_sizes(pictures, album_size):
 
 def expected_dead(site_path, sizes, album_size):
     """True for a site path (relative, '/'-separated) that the program is known to
-    leave dead: a picture or page of a place past the end of a partly filled album,
-    such as dir_0003/img_008.jpg or dir_0003/img_009. (empty extension)."""
-    m = re.fullmatch(r"dir_(\d{4})/img_(\d{3})\.[^/]*", site_path)
+    leave dead: a picture, one of its copies, or a page of a place past the end
+    of a partly filled album, such as dir_0003/img_008.htm, dir_0003/img_009.
+    (empty extension) or dir_0003/mini/img_009."""
+    m = re.fullmatch(r"dir_(\d{4})/(?:[^/]+/)?img_(\d{3})\.[^/]*", site_path)
     if not m:
         return False
     album, place = int(m.group(1)), int(m.group(2))
@@ -88,8 +100,9 @@ def expected_files(sizes):
 # ---------------------------------------------------------------- references
 
 class RefParser(html.parser.HTMLParser):
-    """Collects (kind, reference) pairs of a page: links, pictures, cell
-    backgrounds and url(...) of style sheets and style attributes."""
+    """Collects (kind, reference) pairs of a page: links, pictures, the
+    candidates of a srcset, cell backgrounds and url(...) of style sheets and
+    style attributes."""
 
     URL_ATTRS = {"href": "link", "src": "picture", "background": "picture"}
     CSS_URL = re.compile(r"""url\(\s*(?:"([^"]*)"|'([^']*)'|([^)\s]*))\s*\)""")
@@ -105,6 +118,11 @@ class RefParser(html.parser.HTMLParser):
                 continue
             if name in self.URL_ATTRS:
                 self.refs.append((self.URL_ATTRS[name], value))
+            elif name == "srcset":
+                # "a.jpg 480w, b.jpg 1600w": a name, then a descriptor.
+                for candidate in value.split(","):
+                    if candidate.strip():
+                        self.refs.append(("picture", candidate.split()[0]))
             elif name == "style":
                 self._css(value)
         if tag == "style":
@@ -167,13 +185,21 @@ def failed_requests(log_text):
     return out
 
 
+# A page as Chromium showed it: its DOM, and the HTML of each outermost
+# element of its body that it does not show (display: none).
+Rendered = collections.namedtuple("Rendered", "dom hidden")
+
+
 def check_site(site, dumps, sizes, album_size):
-    """Checks a built site.  dumps maps each page path to its DOM as Chromium
-    gave it, or None when the page did not load.  Returns (passed, failures,
-    dead) where failures and dead are lists of texts."""
+    """Checks a built site.  dumps maps each page path to a Rendered, or None
+    when the page did not load.  Every reference a page shows must lead to a
+    file of the site; an element the page hides must hold a reference to a
+    place past the end, which is why it is hidden.  Returns (passed,
+    failures, hidden) where failures and hidden are lists of texts: hidden
+    lists the references to places past the end that the pages hide."""
     passed = 0
     failures = []
-    dead = []
+    hidden = []
 
     for path in expected_files(sizes):
         if os.path.isfile(os.path.join(site, path)):
@@ -182,13 +208,26 @@ def check_site(site, dumps, sizes, album_size):
             failures.append("missing file: %s" % path)
 
     links = {}
-    for page, dom in sorted(dumps.items()):
-        if dom is None or "<body" not in dom.lower():
+    for page, shown in sorted(dumps.items()):
+        if shown is None or "<body" not in shown.dom.lower():
             failures.append("page did not load: %s" % page)
             continue
         passed += 1
         links[page] = set()
-        for kind, ref in page_refs(dom):
+        unseen = collections.Counter()
+        for element in shown.hidden:
+            refs = page_refs(element)
+            unseen.update(refs)
+            past_end = ["%s %s" % r for r in refs
+                        if expected_dead(resolve(page, r[1]) or "", sizes, album_size)]
+            if past_end:
+                passed += 1
+                hidden += ["%s: %s" % (page, r) for r in past_end]
+            else:
+                failures.append("%s: hidden, yet no place past the end: %s"
+                                % (page, element.split(">")[0][:120] + ">"))
+        shown_refs = collections.Counter(page_refs(shown.dom)) - unseen
+        for kind, ref in sorted(shown_refs.elements()):
             target = resolve(page, ref)
             if target is None:
                 continue
@@ -198,8 +237,6 @@ def check_site(site, dumps, sizes, album_size):
                 passed += 1
                 if kind == "link":
                     links[page].add(target)
-            elif expected_dead(target, sizes, album_size):
-                dead.append("%s: %s %s" % (page, kind, ref))
             else:
                 failures.append("%s: %s %s -> %s does not exist" % (page, kind, ref, target))
 
@@ -217,7 +254,7 @@ def check_site(site, dumps, sizes, album_size):
                 passed += 1
             else:
                 failures.append("page not reached from index.htm: %s" % page)
-    return passed, failures, dead
+    return passed, failures, hidden
 
 
 # ---------------------------------------------------------------- the build
@@ -335,12 +372,127 @@ def chromium(args, work):
         shutil.rmtree(profile, ignore_errors=True)
 
 
-def dump_dom(server, page, work):
+# Run in the page once it has loaded: scrolls to the end so that every
+# picture the page shows is requested, waits for them, and returns the DOM
+# and the outermost elements of the body that are not shown.
+SHOWN_SCRIPT = r"""(async () => {
+  const pause = ms => new Promise(r => setTimeout(r, ms));
+  scrollTo(0, document.documentElement.scrollHeight);
+  await pause(300);
+  for (let i = 0; i < 100 && [...document.images].some(p => p.checkVisibility() && !p.complete); i++)
+    await pause(100);
+  // An element of display: contents has no box of its own, but its content shows.
+  const shown = e => e.checkVisibility() ||
+      (getComputedStyle(e).display === "contents" && shown(e.parentElement));
+  const hidden = [...document.body.querySelectorAll("*")].filter(
+      e => !["STYLE", "SCRIPT", "TEMPLATE"].includes(e.tagName) && !shown(e) &&
+           shown(e.parentElement));
+  return JSON.stringify({dom: document.documentElement.outerHTML,
+                         hidden: hidden.map(e => e.outerHTML)});
+})()"""
+
+
+class DevTools:
+    """Chromium driven through --remote-debugging-pipe: JSON messages ended by
+    a NUL byte, read by Chromium on its fd 3 and written on its fd 4."""
+
+    def __init__(self, work, args=()):
+        self.profile = tempfile.mkdtemp(prefix="profile-", dir=work)
+        to_chromium, self.out = os.pipe()
+        self.inp, from_chromium = os.pipe()
+        # Numbers above 4, so that the shell's redirections cannot clash.
+        ends = [fcntl.fcntl(fd, fcntl.F_DUPFD, 10) for fd in (to_chromium, from_chromium)]
+        for fd in (to_chromium, from_chromium):
+            os.close(fd)
+        shell = 'exec "$@" 3<&%d 4>&%d %d<&- %d>&-' % (ends[0], ends[1], ends[0], ends[1])
+        self.proc = subprocess.Popen(
+            ["bash", "-c", shell, "bash", CHROMIUM] + CHROMIUM_FLAGS +
+            ["--user-data-dir=" + self.profile, "--remote-debugging-pipe"] + list(args),
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+            pass_fds=ends)
+        for fd in ends:
+            os.close(fd)
+        self.buffer = b""
+        self.events = []
+        self.next_id = 0
+
+    def _read(self, deadline):
+        while b"\0" not in self.buffer:
+            left = deadline - time.time()
+            if left <= 0 or not select.select([self.inp], [], [], left)[0]:
+                raise TimeoutError("no answer from Chromium")
+            chunk = os.read(self.inp, 1 << 16)
+            if not chunk:
+                raise EOFError("Chromium closed its pipe")
+            self.buffer += chunk
+        message, self.buffer = self.buffer.split(b"\0", 1)
+        return json.loads(message)
+
+    def call(self, method, deadline, session=None, **params):
+        self.next_id += 1
+        message = {"id": self.next_id, "method": method, "params": params}
+        if session:
+            message["sessionId"] = session
+        os.write(self.out, json.dumps(message).encode() + b"\0")
+        while True:
+            m = self._read(deadline)
+            if m.get("id") == self.next_id:
+                if "error" in m:
+                    raise RuntimeError("%s: %s" % (method, m["error"].get("message")))
+                return m.get("result", {})
+            self.events.append(m)
+
+    def wait_event(self, method, session, deadline):
+        while True:
+            for i, m in enumerate(self.events):
+                if m.get("method") == method and m.get("sessionId") == session:
+                    return self.events.pop(i)
+            self.events.append(self._read(deadline))
+
+    def close(self):
+        try:
+            os.write(self.out, json.dumps({"id": 0, "method": "Browser.close"}).encode() + b"\0")
+            self.proc.wait(timeout=10)
+        except (OSError, subprocess.TimeoutExpired):
+            self.proc.kill()
+            self.proc.wait()
+        os.close(self.out)
+        os.close(self.inp)
+        shutil.rmtree(self.profile, ignore_errors=True)
+
+
+def render(server, pages, work):
+    """Each page as Chromium shows it, a Rendered, or None when it did not load,
+    in a dict by page; one browser, one new tab a page."""
+    out = {}
+    browser = None
     try:
-        r = chromium(["--dump-dom", server.url(page)], work)
-    except subprocess.TimeoutExpired:
-        return None
-    return r.stdout if r.returncode == 0 else None
+        for page in pages:
+            deadline = time.time() + PAGE_TIMEOUT
+            browser = browser or DevTools(work)
+            try:
+                target = browser.call("Target.createTarget", deadline,
+                                      url="about:blank")["targetId"]
+                session = browser.call("Target.attachToTarget", deadline, targetId=target,
+                                       flatten=True)["sessionId"]
+                browser.call("Page.enable", deadline, session)
+                browser.call("Page.navigate", deadline, session, url=server.url(page))
+                browser.wait_event("Page.loadEventFired", session, deadline)
+                result = browser.call("Runtime.evaluate", deadline, session,
+                                      expression=SHOWN_SCRIPT, awaitPromise=True,
+                                      returnByValue=True)
+                value = json.loads(result["result"]["value"])
+                out[page] = Rendered(value["dom"], value["hidden"])
+                browser.call("Target.closeTarget", deadline, targetId=target)
+                browser.events.clear()
+            except (TimeoutError, EOFError, RuntimeError, KeyError, ValueError):
+                out[page] = None
+                browser.close()  # a fresh browser for the next page
+                browser = None
+    finally:
+        if browser:
+            browser.close()
+    return out
 
 
 def site_pages(site):
@@ -361,21 +513,19 @@ def cmd_check(build_dir, keep, site=None):
         site = site or build_site(build_dir, work)
         server = Server(site, os.path.join(work, "http.log"))
         pages = site_pages(site)
-        with concurrent.futures.ThreadPoolExecutor(max_workers=2) as pool:
-            dumps = dict(zip(pages, pool.map(lambda p: dump_dom(server, p, work), pages)))
+        dumps = render(server, pages, work)
         sizes = album_sizes(PICTURES, ALBUM_SIZE)
-        passed, failures, dead = check_site(site, dumps, sizes, ALBUM_SIZE)
+        passed, failures, hidden = check_site(site, dumps, sizes, ALBUM_SIZE)
+        # Nothing the pages request may fail; Chromium asks for the site's
+        # icon by itself.
         requests = failed_requests(server.log_text())
         for path, status in requests:
-            if path == "favicon.ico":
-                continue
-            if expected_dead(path, sizes, ALBUM_SIZE):
-                continue
-            failures.append("HTTP %d for /%s" % (status, path))
+            if path != "favicon.ico":
+                failures.append("HTTP %d for /%s" % (status, path))
         print("browser check: %d pictures, albums of %d, site in %s" % (PICTURES, ALBUM_SIZE, site))
         print("  pages loaded: %d of %d" % (sum(1 for d in dumps.values() if d), len(pages)))
-        print("  dead references past the end of the last album (expected): %d" % len(dead))
-        for d in dead:
+        print("  references to places past the end of the last album, not shown: %d" % len(hidden))
+        for d in hidden:
             print("    " + d)
         for f in failures:
             print("  FAIL " + f)

@@ -19,11 +19,12 @@ class DeadReferences(unittest.TestCase):
 
     def test_only_places_past_the_end_of_a_short_album_are_dead(self):
         sizes = [9, 9, 7]
-        for path in ["dir_0003/img_008.jpg", "dir_0003/img_009.htm", "dir_0003/img_008."]:
+        for path in ["dir_0003/img_008.jpg", "dir_0003/img_009.htm", "dir_0003/img_008.",
+                     "dir_0003/mini/img_009."]:
             self.assertTrue(bc.expected_dead(path, sizes, 9), path)
         for path in ["dir_0003/img_007.jpg", "dir_0002/img_009.jpg", "dir_0004/img_001.jpg",
                      "dir_0003/img_010.jpg", "dir_0003/menu.htm", "img_008.jpg",
-                     "dir_0003/sub/img_008.jpg"]:
+                     "dir_0003/web/img_007.jpg", "dir_0003/a/b/img_008.jpg"]:
             self.assertFalse(bc.expected_dead(path, sizes, 9), path)
 
 
@@ -49,12 +50,15 @@ class References(unittest.TestCase):
             </style></head><body style="x:url('c.gif')">
             <p>url(not-a-reference.jpg)</p>
             <a href="dir_0001\\menu.htm">x</a><img src="img_001.jpg">
+            <img src="web/img_002.png" srcset="mini/img_002.png 480w,
+            web/img_002.png 1600w">
             <td background="pulsante.jpg"></td><link rel="stylesheet" href="s.css"></body></html>"""
         refs = bc.page_refs(page)
         self.assertCountEqual(refs, [
             ("picture", "sfondo1g.jpg"), ("picture", "a b.jpg"), ("picture", "c.gif"),
             ("link", "dir_0001\\menu.htm"), ("picture", "img_001.jpg"),
-            ("picture", "pulsante.jpg"), ("link", "s.css")])
+            ("picture", "web/img_002.png"), ("picture", "mini/img_002.png"),
+            ("picture", "web/img_002.png"), ("picture", "pulsante.jpg"), ("link", "s.css")])
 
     def test_failed_requests_of_the_server_log(self):
         log = ('127.0.0.1 - - [01/Jan/2025 10:00:00] "GET /index.htm HTTP/1.1" 200 -\n'
@@ -66,7 +70,11 @@ class References(unittest.TestCase):
 
 
 class SiteCheck(unittest.TestCase):
-    """check_site over a hand-made site of one album of 2 pictures, album size 3."""
+    """check_site over a hand-made site of one album of 2 pictures, album size 3,
+    whose pages hide what leads to the third place."""
+
+    PLACE_3_TILE = '<a href="img_003.htm"><img src="img_003."></a>'
+    PLACE_3_NEXT = '<a href="img_003.htm">n</a>'
 
     def setUp(self):
         self.site = tempfile.mkdtemp(prefix="vf-check-test-")
@@ -77,11 +85,13 @@ class SiteCheck(unittest.TestCase):
             "dir_0001/menu.htm": '<body><a href="../index.htm">i</a>'
                                  '<a href="img_001.htm"><img src="img_001.jpg"></a>'
                                  '<a href="img_002.htm"><img src="img_002.jpg"></a>'
-                                 '<a href="img_003.htm"><img src="img_003."></a></body>',
+                                 + self.PLACE_3_TILE + '</body>',
             "dir_0001/img_001.htm": '<body><a href="img_002.htm">n</a><img src="img_001.jpg"></body>',
-            "dir_0001/img_002.htm": '<body><a href="img_003.htm">n</a><img src="img_002.jpg">'
+            "dir_0001/img_002.htm": '<body>' + self.PLACE_3_NEXT + '<img src="img_002.jpg">'
                                     '<a href="menu.htm">m</a></body>',
         }
+        self.hidden = {"dir_0001/menu.htm": [self.PLACE_3_TILE],
+                       "dir_0001/img_002.htm": [self.PLACE_3_NEXT]}
         files = bc.expected_files([2])
         for path in files:
             full = os.path.join(self.site, path)
@@ -89,14 +99,31 @@ class SiteCheck(unittest.TestCase):
             with open(full, "w") as f:
                 f.write(self.pages.get(path, ""))
 
-    def check(self, pages=None):
-        return bc.check_site(self.site, pages or dict(self.pages), [2], 3)
+    def check(self, pages=None, hidden=None):
+        pages = pages or self.pages
+        hidden = self.hidden if hidden is None else hidden
+        shown = {p: None if dom is None else bc.Rendered(dom, hidden.get(p, []))
+                 for p, dom in pages.items()}
+        return bc.check_site(self.site, shown, [2], 3)
 
-    def test_a_good_site_passes_with_its_dead_places_listed(self):
-        passed, failures, dead = self.check()
+    def test_a_good_site_passes_with_its_hidden_places_listed(self):
+        passed, failures, hidden = self.check()
         self.assertEqual(failures, [])
-        self.assertEqual(len(dead), 3)  # img_003.htm twice, img_003. once
+        self.assertEqual(len(hidden), 3)  # img_003.htm twice, img_003. once
         self.assertGreater(passed, 20)
+
+    def test_what_a_page_hides_or_shows_wrongly_fails(self):
+        tile_2 = '<a href="img_002.htm"><img src="img_002.jpg"></a>'
+        cases = [  # what the pages hide, a failure it must give
+            ({"dir_0001/menu.htm": [self.PLACE_3_TILE]},
+             "dir_0001/img_002.htm: link img_003.htm -> dir_0001/img_003.htm does not exist"),
+            ({}, "dir_0001/menu.htm: picture img_003. -> dir_0001/img_003. does not exist"),
+            (dict(self.hidden, **{"dir_0001/menu.htm": [self.PLACE_3_TILE, tile_2]}),
+             'dir_0001/menu.htm: hidden, yet no place past the end: <a href="img_002.htm">'),
+        ]
+        for hidden, failure in cases:
+            _, failures, _ = self.check(hidden=hidden)
+            self.assertIn(failure, failures)
 
     def test_a_missing_picture_fails(self):
         os.remove(os.path.join(self.site, "dir_0001/img_002.jpg"))

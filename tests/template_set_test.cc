@@ -24,6 +24,7 @@ namespace fs = std::filesystem;
 
 const fs::path kSet = fs::path(VF_SOURCE_DIR) / "templates";
 const fs::path kPlaces = kSet / "VETRINA-FOTO_DEFAULT" / "dir_0001";
+const fs::path kSizes = kSet / "DIMENSIONI.TXT";
 constexpr int kAlbumSize = 9;
 
 const std::vector<std::string> kPageTemplates = {"MENU.HTM", "INTESTAZ.HTM", "INTEST_2.HTM",
@@ -143,15 +144,25 @@ std::vector<std::string> HeadLines(bool no_background, bool no_title) {
   return out;
 }
 
-// Local references of a template: href, src and background attributes, url().
+// Local references of a template: href, src and background attributes, url(),
+// and the names of a srcset's candidates.
 std::vector<std::string> References(const std::string& text) {
   static const std::regex kRef(
-      R"re((?:href|src|background)\s*=\s*"([^"]*)"|url\(\s*["']?([^"')\s]+)["']?\s*\))re",
+      R"re((?:href|src|background)\s*=\s*"([^"]*)"|url\(\s*["']?([^"')\s]+)["']?\s*\)|srcset\s*=\s*"([^"]*)")re",
       std::regex::icase);
+  static const std::regex kCandidate(R"(([^\s,]+)[^,]*)");
   std::vector<std::string> refs;
   for (auto it = std::sregex_iterator(text.begin(), text.end(), kRef); it != std::sregex_iterator();
-       ++it)
-    refs.push_back((*it)[1].matched ? (*it)[1].str() : (*it)[2].str());
+       ++it) {
+    if (!(*it)[3].matched) {
+      refs.push_back((*it)[1].matched ? (*it)[1].str() : (*it)[2].str());
+      continue;
+    }
+    const std::string set = (*it)[3].str();
+    for (auto c = std::sregex_iterator(set.begin(), set.end(), kCandidate);
+         c != std::sregex_iterator(); ++c)
+      refs.push_back((*c)[1].str());
+  }
   return refs;
 }
 
@@ -178,8 +189,9 @@ TEST(TemplateSetTest, EveryFileStandsUnderItsName) {
   for (const auto& n : kAlbumAssets) files.push_back(kSet / n);
   for (const auto& n : kIndexPictures) files.push_back(kSet / n);
   for (int i = 1; i <= kAlbumSize; ++i) files.push_back(PlaceTemplate(i));
+  files.push_back(kSizes);
   std::set<fs::path> unique(files.begin(), files.end());
-  EXPECT_EQ(unique.size(), 27u);
+  EXPECT_EQ(unique.size(), 28u);
   for (const auto& f : unique) {
     ASSERT_TRUE(fs::is_directory(f.parent_path())) << f;
     bool exact = false;  // the name as listed, not merely a match ignoring case
@@ -223,6 +235,7 @@ TEST(TemplateSetTest, TemplatesAreAsciiLinesEndingInCrLf) {
   std::vector<fs::path> files;
   for (const auto& n : kPageTemplates) files.push_back(kSet / n);
   for (int i = 1; i <= kAlbumSize; ++i) files.push_back(PlaceTemplate(i));
+  files.push_back(kSizes);
   for (const auto& f : files) {
     std::string t = ReadBytes(f);
     ASSERT_FALSE(t.empty()) << f;
@@ -232,7 +245,7 @@ TEST(TemplateSetTest, TemplatesAreAsciiLinesEndingInCrLf) {
                             [](unsigned char c) { return c == '\t' || (c >= 32 && c < 127); }))
         << f << ": a lone CR or LF or a byte outside printable ASCII";
     // Every page declares its code; the foot templates are no pages of their own.
-    if (!f.filename().string().starts_with("PIEDE")) {
+    if (f.extension() == ".HTM" && !f.filename().string().starts_with("PIEDE")) {
       EXPECT_NE(t.find("<meta charset=\"utf-8\">"), std::string::npos) << f;
     }
   }
@@ -244,12 +257,13 @@ TEST(TemplateSetTest, IndexPageKeepsItsStructureWhateverTheBoxesDrop) {
       SCOPED_TRACE(testing::Message()
                    << "Elimino sfondo " << no_background << ", Elimino titolo " << no_title);
       std::vector<std::string> head = HeadLines(no_background, no_title);
-      // The program writes <HTML> itself; the head must leave body, div and
-      // center open, which the program closes with "</center></div>".
+      // The program writes <HTML> itself; the head must leave body, main, div
+      // and center open: the program closes "</center></div>", the foot main.
       for (const auto& l : head) EXPECT_FALSE(Holds(l, "<html")) << l;
       Structure after_head = Parse("<HTML>\n" + Join(head));
       EXPECT_EQ(after_head.error, "");
-      EXPECT_EQ(after_head.open, (std::vector<std::string>{"html", "body", "div", "center"}));
+      EXPECT_EQ(after_head.open,
+                (std::vector<std::string>{"html", "body", "main", "div", "center"}));
 
       bool both = no_background && no_title;
       std::vector<std::string> page = {"<HTML>"};
@@ -282,6 +296,16 @@ TEST(TemplateSetTest, MenuAndPictureTemplatesHoldTheirMarkersOnceToALineAndLinks
     std::vector<std::string> lines = Lines(file);
     std::string text = Join(lines);
     for (const auto& l : lines) EXPECT_LE(MarkerCount(l), 1) << l;
+    // A place past the end of the album gets a picture name ending in ".",
+    // which is how the page hides what leads there: every line that links
+    // to a later place's page names that place's picture.
+    for (const auto& l : lines) {
+      for (int k = n + 1; k <= kAlbumSize; ++k) {
+        if (l.find("href=\"" + PlacePage(k) + "\"") != std::string::npos) {
+          EXPECT_NE(l.find(PictureMarker(k)), std::string::npos) << l;
+        }
+      }
+    }
     Structure s = Parse(text);
     EXPECT_EQ(s.error, "");
     EXPECT_TRUE(s.open.empty());
@@ -295,7 +319,9 @@ TEST(TemplateSetTest, MenuAndPictureTemplatesHoldTheirMarkersOnceToALineAndLinks
       EXPECT_NE(text.find("href=\"../index.htm\""), std::string::npos);
       continue;
     }
-    EXPECT_NE(text.find("src=\"" + PictureMarker(n) + "\""), std::string::npos);
+    EXPECT_NE(text.find("src=\"web/" + PictureMarker(n) + "\""), std::string::npos);
+    EXPECT_NE(text.find("<a class=\"orig\" href=\"" + PictureMarker(n) + "\" download"),
+              std::string::npos);
     EXPECT_NE(text.find("href=\"menu.htm\""), std::string::npos);
     if (n > 1) {
       EXPECT_NE(text.find("href=\"" + PlacePage(n - 1) + "\""), std::string::npos);
@@ -310,7 +336,7 @@ TEST(TemplateSetTest, MenuAndPictureTemplatesHoldTheirMarkersOnceToALineAndLinks
   }
 }
 
-TEST(TemplateSetTest, PicturesKeepTheirBoxesAndOnlyTilesBelowTheFirstScreenWait) {
+TEST(TemplateSetTest, PicturesKeepTheirBoxesAndEveryTileButTheFirstWaits) {
   // Every picture has its size written out, so nothing moves while it
   // loads, and is decoded off the page's way.
   std::vector<fs::path> pages = {kSet / "MENU.HTM", kSet / "INTESTAZ.HTM"};
@@ -324,8 +350,9 @@ TEST(TemplateSetTest, PicturesKeepTheirBoxesAndOnlyTilesBelowTheFirstScreenWait)
     }
   }
   // The box of each picture, as the style sheets shape it, and which
-  // pictures wait until they are scrolled near: the first six tiles fill the
-  // first screen both in two columns on a phone and in three on a computer.
+  // pictures wait until they are shown: any tile but the first may be a
+  // place past the end of the album, hidden, whose picture must never be
+  // requested.
   struct Case {
     fs::path page;
     std::string src, width, height;
@@ -333,8 +360,8 @@ TEST(TemplateSetTest, PicturesKeepTheirBoxesAndOnlyTilesBelowTheFirstScreenWait)
   };
   std::vector<Case> cases = {{kSet / "INTESTAZ.HTM", "foto-1a.jpg", "64", "64", false}};
   for (int i = 1; i <= kAlbumSize; ++i) {
-    cases.push_back({kSet / "MENU.HTM", PictureMarker(i), "400", "300", i > 6});
-    cases.push_back({PlaceTemplate(i), PictureMarker(i), "1200", "800", false});
+    cases.push_back({kSet / "MENU.HTM", "mini/" + PictureMarker(i), "400", "300", i > 1});
+    cases.push_back({PlaceTemplate(i), "web/" + PictureMarker(i), "1200", "800", false});
   }
   for (const auto& c : cases) {
     SCOPED_TRACE(c.page.filename().string() + ": " + c.src);
@@ -354,7 +381,9 @@ TEST(TemplateSetTest, ReferencesNameFilesTheSiteWillHold) {
   std::set<std::string> beside_index(kIndexPictures.begin(), kIndexPictures.end());
   std::set<std::string> in_album(kAlbumAssets.begin(), kAlbumAssets.end());
   in_album.insert({"menu.htm", "../index.htm", kPrevMarker, kNextMarker});
-  for (int i = 1; i <= kAlbumSize; ++i) in_album.insert({PlacePage(i), PictureMarker(i)});
+  for (int i = 1; i <= kAlbumSize; ++i)
+    in_album.insert(
+        {PlacePage(i), PictureMarker(i), "mini/" + PictureMarker(i), "web/" + PictureMarker(i)});
 
   for (const auto& name : {"INTESTAZ.HTM", "INTEST_2.HTM", "PIEDE.HTM", "PIEDE_2.HTM"})
     for (const auto& ref : References(ReadBytes(kSet / name)))
@@ -365,6 +394,36 @@ TEST(TemplateSetTest, ReferencesNameFilesTheSiteWillHold) {
     std::vector<std::string> refs = References(ReadBytes(page));
     EXPECT_FALSE(refs.empty()) << page;
     for (const auto& ref : refs) EXPECT_TRUE(in_album.count(ref)) << page << ": " << ref;
+  }
+}
+
+TEST(TemplateSetTest, PagesShowOnlyCopiesTheSizesFileMakesAtTheirWidths) {
+  // A folder name, blanks and a longest side in pixels a line; blank lines
+  // and lines starting with # say nothing.
+  std::map<std::string, std::string> sizes;
+  for (const auto& line : Lines(kSizes)) {
+    if (line.find_first_not_of(" \t") == std::string::npos || line.starts_with("#")) continue;
+    std::smatch m;
+    ASSERT_TRUE(
+        std::regex_match(line, m, std::regex(R"([ \t]*([A-Za-z0-9_-]+)[ \t]+([0-9]+)[ \t]*)")))
+        << line;
+    sizes[m[1]] = m[2];
+  }
+  ASSERT_EQ(sizes.size(), 2u);
+  // A copy named in a page, with the width a srcset gives it.
+  static const std::regex kCopy(R"(([A-Za-z0-9_-]+)/img_[0-9]{3}\.jpg( [0-9]+w)?)");
+  std::vector<fs::path> pages = {kSet / "MENU.HTM"};
+  for (int i = 1; i <= kAlbumSize; ++i) pages.push_back(PlaceTemplate(i));
+  for (const auto& page : pages) {
+    const std::string text = ReadBytes(page);
+    for (auto it = std::sregex_iterator(text.begin(), text.end(), kCopy);
+         it != std::sregex_iterator(); ++it) {
+      SCOPED_TRACE(page.filename().string() + ": " + (*it)[0].str());
+      ASSERT_TRUE(sizes.count((*it)[1]));
+      if ((*it)[2].matched) {
+        EXPECT_EQ((*it)[2].str(), " " + sizes[(*it)[1]] + "w");
+      }
+    }
   }
 }
 
