@@ -490,7 +490,13 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
   DeriveOutcome outcome;
   std::vector<DerivedSize> sizes;
   for (const DerivedSize& size : all_sizes) {
-    if (SizeFolderIsSafe(size.folder) && size.pixels > 0) sizes.push_back(size);
+    auto same_folder = [&](const DerivedSize& kept) {
+      return EqualIgnoringCase(kept.folder, size.folder);
+    };
+    if (SizeFolderIsSafe(size.folder) && size.pixels > 0 &&
+        std::none_of(sizes.begin(), sizes.end(), same_folder)) {
+      sizes.push_back(size);
+    }
   }
   if (sizes.empty()) return outcome;
   bool vips_ready = VIPS_INIT("vetrina-foto") == 0;

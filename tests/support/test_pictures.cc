@@ -2,8 +2,6 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
-
 namespace vf::test {
 namespace {
 
@@ -19,7 +17,7 @@ bool IsMetadata(const std::string& field) {
 
 }  // namespace
 
-vips::VImage Painted(int width, int height, Colour colour, int mark, Colour marked) {
+vips::VImage Painted(int width, int height, Colour colour, int mark) {
   StartVips();
   auto paint = [](int w, int h, Colour c) {
     return (vips::VImage::black(w, h, vips::VImage::option()->set("bands", 3)) +
@@ -27,7 +25,7 @@ vips::VImage Painted(int width, int height, Colour colour, int mark, Colour mark
         .cast(VIPS_FORMAT_UCHAR);
   };
   vips::VImage image = paint(width, height, colour);
-  if (mark > 0) image = image.insert(paint(mark, mark, marked), 0, 0);
+  if (mark > 0) image = image.insert(paint(mark, mark, {255, 0, 0}), 0, 0);
   return image.copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
 }
 
@@ -74,18 +72,6 @@ FileStamp StampOf(const std::filesystem::path& path) {
   struct stat st;
   if (::stat(path.c_str(), &st) != 0) return {};
   return {st.st_ino, int64_t{st.st_mtim.tv_sec} * 1'000'000'000 + st.st_mtim.tv_nsec};
-}
-
-std::vector<std::string> FilesStartingWith(const std::filesystem::path& root,
-                                           const std::string& prefix) {
-  std::vector<std::string> found;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-    if (entry.path().filename().string().starts_with(prefix)) {
-      found.push_back(std::filesystem::relative(entry.path(), root).string());
-    }
-  }
-  std::sort(found.begin(), found.end());
-  return found;
 }
 
 }  // namespace vf::test

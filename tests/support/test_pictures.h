@@ -15,10 +15,9 @@ struct Colour {
   double red = 0, green = 0, blue = 0;
 };
 
-// A picture of one colour with, when `mark` is above 0, a square of `marked`
-// colour and side `mark` at its top left corner, to see where a turn took it.
-vips::VImage Painted(int width, int height, Colour colour, int mark = 0,
-                     Colour marked = {255, 0, 0});
+// A picture of one colour with, when `mark` is above 0, a red square of side
+// `mark` at its top left corner, to see where a turn took it.
+vips::VImage Painted(int width, int height, Colour colour, int mark = 0);
 // A picture of grain, which compresses badly: a JPEG of it is mostly data.
 vips::VImage Grain(int width, int height);
 
@@ -30,8 +29,8 @@ struct PictureFacts {
   int bands = 0;
   std::string loader;                 // "jpegload", "pngload", ...
   std::vector<std::string> metadata;  // EXIF, XMP, IPTC, profile, text fields
-  Colour Pixel(int x, int y) const;   // valid while `image` is
-  vips::VImage image;
+  vips::VImage image;                 // decoded in memory
+  Colour Pixel(int x, int y) const;
 };
 PictureFacts Inspect(const std::filesystem::path& path);
 
@@ -43,10 +42,6 @@ struct FileStamp {
   bool operator==(const FileStamp&) const = default;
 };
 FileStamp StampOf(const std::filesystem::path& path);
-
-// Every file below `root` whose name starts with `prefix`, as relative paths.
-std::vector<std::string> FilesStartingWith(const std::filesystem::path& root,
-                                           const std::string& prefix);
 
 }  // namespace vf::test
 
