@@ -13,6 +13,7 @@
 #include <mutex>
 #include <optional>
 #include <string_view>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vips/vips8>
@@ -191,27 +192,25 @@ class SourcePicture {
   }
 
   // The picture scaled to fit `pixels` and saved, or nothing when it cannot
-  // be.
-  std::optional<std::string> Scale(int pixels) {
+  // be. The first call decodes the source, at the least scale that serves;
+  // with `again` it keeps the result in memory and later calls, for sizes no
+  // larger, scale that down instead: decoding a camera JPEG costs more than
+  // all the rest, at any scale.
+  std::optional<std::string> Scale(int pixels, bool again) {
     try {
-      vips::VOption* options = vips::VImage::option()
-                                   ->set("height", pixels)
-                                   ->set("size", VIPS_SIZE_DOWN)
-                                   ->set("fail_on", VIPS_FAIL_ON_ERROR);
-      // A picture with its own profile (or CMYK) is turned into sRGB, what a
-      // page takes a picture without a profile to be; the others are sRGB
-      // already. So no profile is kept: sRGB's would weigh more than a small
-      // picture.
-      if (to_srgb_) options->set("export_profile", "srgb");
-      // Some libvips versions pass `fail_on` to no decoder but a file's, so
-      // a source's decoder is also told through its option string.
-      if (kind_ != Kind::kBmp) options->set("option_string", "fail_on=error");
-      vips::VImage image = kind_ == Kind::kBmp
-                               ? vips::VImage::thumbnail(path_.c_str(), pixels, options)
-                               : vips::VImage::thumbnail_source(*source_, pixels, options);
+      vips::VImage image;
+      if (decoded_) {
+        image = decoded_->thumbnail_image(
+            pixels, vips::VImage::option()->set("height", pixels)->set("size", VIPS_SIZE_DOWN));
+      } else {
+        image = Decode(pixels);
+        if (again) {
+          image = image.copy_memory();
+          decoded_ = image;
+        }
+      }
       bool jpeg = kind_ == Kind::kJpeg || kind_ == Kind::kTiff || kind_ == Kind::kBmp;
       if (jpeg) image = ForJpeg(image);
-      image = WithoutMetadata(image);
       return Save(image, jpeg);
     } catch (const std::exception&) {
       vips_error_clear();
@@ -220,6 +219,27 @@ class SourcePicture {
   }
 
  private:
+  // The source scaled to fit `pixels`, upright, in sRGB and with no
+  // metadata, so that scaling it again neither turns nor converts it twice.
+  vips::VImage Decode(int pixels) const {
+    vips::VOption* options = vips::VImage::option()
+                                 ->set("height", pixels)
+                                 ->set("size", VIPS_SIZE_DOWN)
+                                 ->set("fail_on", VIPS_FAIL_ON_ERROR);
+    // A picture with its own profile (or CMYK) is turned into sRGB, what a
+    // page takes a picture without a profile to be; the others are sRGB
+    // already. So no profile is kept: sRGB's would weigh more than a small
+    // picture.
+    if (to_srgb_) options->set("export_profile", "srgb");
+    // Some libvips versions pass `fail_on` to no decoder but a file's, so a
+    // source's decoder is also told through its option string.
+    if (kind_ != Kind::kBmp) options->set("option_string", "fail_on=error");
+    vips::VImage image = kind_ == Kind::kBmp
+                             ? vips::VImage::thumbnail(path_.c_str(), pixels, options)
+                             : vips::VImage::thumbnail_source(*source_, pixels, options);
+    return WithoutMetadata(image);
+  }
+
   static bool Flag(const vips::VImage& image, const char* field) {
     return image.get_typeof(field) != 0 && image.get_int(field) != 0;
   }
@@ -274,6 +294,7 @@ class SourcePicture {
 
   std::string path_;
   std::optional<vips::VSource> source_;
+  std::optional<vips::VImage> decoded_;
   Kind kind_ = Kind::kJpeg;
   bool to_srgb_ = false;
 };
@@ -420,9 +441,12 @@ void Make(Job* job, const Album& album, const CopyRecord& copy,
   }
   SourcePicture picture;
   bool scalable = vips_ready && picture.Open(fd.get(), copy.source);
+  // Largest first, so that the smaller sizes are scaled from it.
+  std::stable_sort(job->sizes.begin(), job->sizes.end(),
+                   [&](size_t a, size_t b) { return sizes[a].pixels > sizes[b].pixels; });
   for (size_t s : job->sizes) {
     std::optional<std::string> scaled;
-    if (scalable) scaled = picture.Scale(sizes[s].pixels);
+    if (scalable) scaled = picture.Scale(sizes[s].pixels, s != job->sizes.back());
     std::string folder = album.path + "/" + album.folders[s];
     int failure = WriteFileInPlace(folder, job->name, [&](int out) {
       if (scaled) return WriteBytes(out, *scaled);
@@ -466,7 +490,13 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
   DeriveOutcome outcome;
   std::vector<DerivedSize> sizes;
   for (const DerivedSize& size : all_sizes) {
-    if (SizeFolderIsSafe(size.folder) && size.pixels > 0) sizes.push_back(size);
+    auto same_folder = [&](const DerivedSize& kept) {
+      return EqualIgnoringCase(kept.folder, size.folder);
+    };
+    if (SizeFolderIsSafe(size.folder) && size.pixels > 0 &&
+        std::none_of(sizes.begin(), sizes.end(), same_folder)) {
+      sizes.push_back(size);
+    }
   }
   if (sizes.empty()) return outcome;
   bool vips_ready = VIPS_INIT("vetrina-foto") == 0;
@@ -506,24 +536,37 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
   std::vector<size_t> finished;
   std::atomic<size_t> next = 0;
   std::atomic<bool> stop = false;
-  size_t running = std::min<size_t>(std::max(1u, std::thread::hardware_concurrency()), jobs.size());
-  std::vector<std::jthread> workers;
-  for (size_t w = 0; w < running; ++w) {
-    workers.emplace_back([&] {
-      while (!stop) {
-        size_t i = next++;
-        if (i >= jobs.size()) break;
-        Make(&jobs[i], albums[jobs[i].album], copies[jobs[i].copy], sizes, vips_ready);
-        std::lock_guard lock(mutex);
-        finished.push_back(i);
-        changed.notify_one();
-      }
-      vips_thread_shutdown();
+  const size_t threads =
+      std::min<size_t>(std::max(1u, std::thread::hardware_concurrency()), jobs.size());
+  size_t running = threads;  // guarded by `mutex`
+  auto work = [&] {
+    while (!stop) {
+      size_t i = next++;
+      if (i >= jobs.size()) break;
+      Make(&jobs[i], albums[jobs[i].album], copies[jobs[i].copy], sizes, vips_ready);
       std::lock_guard lock(mutex);
-      --running;
+      finished.push_back(i);
       changed.notify_one();
-    });
+    }
+    std::lock_guard lock(mutex);
+    --running;
+    changed.notify_one();
+  };
+  std::vector<std::jthread> workers;
+  for (size_t w = 0; w < threads; ++w) {
+    try {
+      workers.emplace_back([&work] {
+        work();
+        vips_thread_shutdown();
+      });
+    } catch (const std::system_error&) {
+      // No more threads to be had: the ones there do the work, or this one.
+      std::lock_guard lock(mutex);
+      running -= threads - w - (workers.empty() ? 1 : 0);
+      break;
+    }
   }
+  if (workers.empty() && threads > 0) work();
 
   // The records, the outcome and the callback stay on this thread.
   size_t done = 0;
@@ -551,8 +594,13 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
   for (Album& album : albums) {
     if (album.dirty) album.record.Write(album.path);
   }
-  // What libvips keeps of the pass (open sources, decoded tiles) goes now.
-  if (vips_ready) vips_cache_drop_all();
+  // What libvips' cache keeps of the pass (open sources, decoded tiles) is
+  // of no use to the next: emptying it closes the files now.
+  if (vips_ready) {
+    int most = vips_cache_get_max();
+    vips_cache_set_max(0);
+    vips_cache_set_max(most);
+  }
 
   for (Job& job : jobs) {
     Report(&job.plain, &outcome.plain_copies);

@@ -27,7 +27,9 @@ struct CopyRecord {
 struct DeriveOutcome {
   // Derived pictures that are a plain byte copy of their source, since it
   // could not be read or scaled (a damaged file, a file that is no picture,
-  // one too large to decode safely). Their links work all the same.
+  // one too large to decode safely: over 100 million pixels where the
+  // decoder holds the whole picture, as for GIF, BMP, TIFF, progressive JPEG
+  // and interlaced PNG). Their links work all the same.
   std::vector<std::string> plain_copies;
   // Derived pictures that could not be written at all: the source is gone,
   // the disk is full, a file stands where the size folder should be.
@@ -40,8 +42,9 @@ struct DeriveOutcome {
 // True when `folder` may name a size folder: not empty, no "/" or "\" or NUL
 // in it, and not starting with "." (which rules out "." and "..", and keeps
 // clear of the record and of the temporary files, which are hidden). A size
-// whose folder is not safe is left out by DerivePictures; the caller should
-// refuse it before, with a message.
+// whose folder is not safe is left out by DerivePictures, and so is one whose
+// folder repeats an earlier one in any case; the caller should refuse both
+// before, with a message.
 bool SizeFolderIsSafe(const std::string& folder);
 
 // True when the path ends in an extension, in any case, of a picture that
@@ -74,6 +77,10 @@ bool IsDerivablePicture(const std::string& path);
 // when it returns false the pass stops after the pictures in hand. The
 // pictures are made by as many threads as there are cores. Every failure is
 // reported in the outcome: nothing is thrown.
+//
+// libvips is started on the first call and stays; its operation cache is
+// emptied when a pass ends, so no source stays open. Its warnings about
+// damaged pictures go to the standard error through GLib's log.
 DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
                              const std::vector<DerivedSize>& sizes, bool capitals,
                              const std::function<bool(size_t, size_t)>& progress);

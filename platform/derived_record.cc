@@ -106,7 +106,12 @@ bool ParseLine(std::string_view line, DerivedEntry* entry) {
   }
   if (fields[6] != "s" && fields[6] != "c") return false;
   entry->plain = fields[6] == "c";
-  return !entry->folder.empty() && !entry->copy_name.empty();
+  // A name is one step inside the album folder; anything else is not one
+  // this program wrote, and must not lead a rename elsewhere.
+  auto one_step = [](const std::string& name) {
+    return !name.empty() && name.find_first_of(std::string_view("/\0", 2)) == std::string::npos;
+  };
+  return one_step(entry->folder) && one_step(entry->copy_name);
 }
 
 int WriteAll(int fd, std::string_view data) {
