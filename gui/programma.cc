@@ -30,8 +30,7 @@ class ContaComando {
 
 }  // namespace
 
-Ambiente AmbienteDellUtente() {
-  const std::string casa = HomeFolder();
+Ambiente AmbienteDi(const std::string& casa) {
   const UserArea area = UserAreaOf(casa);
   return {
       casa, UserDrives(area), area,

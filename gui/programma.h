@@ -26,9 +26,11 @@ struct Ambiente {
   std::string modelli;
 };
 
-// The user's own: the per-user program folder ~/Vetrina-Foto, filled from the
-// template set installed with the executable, C: inside it, Z: the root.
-Ambiente AmbienteDellUtente();
+// The user's own, for the home folder `casa`: the per-user program folder
+// ~/Vetrina-Foto, filled from the template set installed with the
+// executable, C: inside it, Z: the root.
+Ambiente AmbienteDi(const std::string& casa);
+inline Ambiente AmbienteDellUtente() { return AmbienteDi(HomeFolder()); }
 
 // The program with its windows: the logic, the file layer and the Qt user
 // operations, and the one place where clicks of both windows become

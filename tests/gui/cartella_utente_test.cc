@@ -29,8 +29,8 @@ TEST(CartellaUtente, AFirstBuildWithTheDefaultsEndsInTheProgramsFolder) {
   foto.Scrivi("Città d'arte/b.jpg", "BBB");
   for (bool maiuscole : {false, true}) {
     Cartella casa;
-    ProgrammaDiProva t(AmbienteIn(casa.Host()));
-    const Ambiente a = AmbienteIn(casa.Host());
+    ProgrammaDiProva t(AmbienteDi(casa.Host()));
+    const Ambiente a = AmbienteDi(casa.Host());
     t.p().Avvia();
     EXPECT_TRUE(t.eventi.empty()) << t.eventi.front();
     EXPECT_EQ(t.Casella("txtNOME_FILE_HTM")->text().toStdString(),
@@ -71,7 +71,7 @@ TEST(CartellaUtente, AFirstBuildWithTheDefaultsEndsInTheProgramsFolder) {
 TEST(CartellaUtente, AFolderThatCannotBeMadeIsToldAtStart) {
   Cartella casa;
   casa.Scrivi("Vetrina-Foto", "un file");
-  ProgrammaDiProva t(AmbienteIn(casa.Host()));
+  ProgrammaDiProva t(AmbienteDi(casa.Host()));
   t.p().Avvia();
   ASSERT_EQ(t.eventi.size(), 1u);
   EXPECT_EQ(
@@ -86,7 +86,7 @@ TEST(CartellaUtente, AFolderThatCannotBeMadeIsToldAtStart) {
 // else as typed, in both path boxes.
 TEST(CartellaUtente, LinuxPathsTypedInAPathBoxTakeTheirWindowsForm) {
   Cartella casa;
-  ProgrammaDiProva t(AmbienteIn(casa.Host()));
+  ProgrammaDiProva t(AmbienteDi(casa.Host()));
   t.p().Avvia();
   const struct {
     const char* casella;
@@ -115,7 +115,7 @@ TEST(CartellaUtente, ProgressInTheTitle) {
   Cartella casa;
   // No web sizes: the build's own progress is the one looked at here.
   casa.Scrivi("Vetrina-Foto/DIMENSIONI.TXT", "");
-  ProgrammaDiProva t(AmbienteIn(casa.Host()));
+  ProgrammaDiProva t(AmbienteDi(casa.Host()));
   t.p().avanzamento_dopo_ms = 0;
   t.p().Avvia();
   const QString titolo = t.finestra().windowTitle();
@@ -148,7 +148,7 @@ TEST(CartellaUtente, FineStopsTheWebSizePassCleanly) {
   for (int i = 0; i < 30; ++i) foto.Scrivi("foto/f" + std::to_string(100 + i) + ".jpg", jpeg);
   Cartella casa;
   casa.Scrivi("Vetrina-Foto/DIMENSIONI.TXT", "mini 100\r\nweb 200\r\n");
-  ProgrammaDiProva t(AmbienteIn(casa.Host()));
+  ProgrammaDiProva t(AmbienteDi(casa.Host()));
   t.p().avanzamento_dopo_ms = 0;
   t.p().Avvia();
   std::string titolo;

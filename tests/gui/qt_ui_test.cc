@@ -55,7 +55,7 @@ TEST(QtUi, QuestionWithoutAnswererShowsABoxAndReadsTheButton) {
 
 TEST(QtUi, PathsInWindowsFormWithTheWindowsDrives) {
   Cartella casa;
-  ProgrammaDiProva t(AmbienteIn(casa.Host()));
+  ProgrammaDiProva t(AmbienteDi(casa.Host()));
   EXPECT_EQ(t.Windows(casa.Host("Vetrina-Foto/Disco C/Sito/a.jpg")), "C:\\Sito\\a.jpg");
   std::string foto = "Z:" + casa.Host("Foto");
   std::replace(foto.begin(), foto.end(), '/', '\\');

@@ -41,13 +41,6 @@ void Cartella::Albero(const std::string& sotto, int cartelle, int per_cartella) 
   }
 }
 
-Ambiente AmbienteIn(const std::string& casa) {
-  const UserArea area = UserAreaOf(casa);
-  return {
-      casa, UserDrives(area), area,
-      InstalledTemplates(QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString())};
-}
-
 ProgrammaDiProva::ProgrammaDiProva(const Ambiente& ambiente)
     : programma_(std::make_unique<Programma>(ambiente)) {
   QtUi& ui = programma_->ui();

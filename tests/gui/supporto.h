@@ -29,10 +29,6 @@ class Cartella {
   QTemporaryDir dir_;
 };
 
-// The window's own surroundings with `casa` as the home folder, the
-// template set being the one the build installs beside the tests.
-Ambiente AmbienteIn(const std::string& casa);
-
 // The window program with the person in front of it played by the test:
 // questions are answered from a queue (No when it is empty), file dialogs
 // give host paths from a queue (gave up when it is empty), nothing is
