@@ -19,6 +19,7 @@ TEST(SizesFileTest, GoodLinesGiveSizesAndBadOnesAreNamed) {
       "mezzo 2.5\n"
       "troppo 20001\n"
       "tanto 20000\n"
+      "uno 1\n"
       "../fuori 300\n"
       "a/b 300\n"
       "a\\b 300\n"
@@ -31,13 +32,13 @@ TEST(SizesFileTest, GoodLinesGiveSizesAndBadOnesAreNamed) {
       "300");
   std::vector<std::string> sizes;
   for (const DerivedSize& s : f.sizes) sizes.push_back(s.folder + " " + std::to_string(s.pixels));
-  EXPECT_EQ(sizes, (std::vector<std::string>{"mini 480", "web 1600", "tanto 20000"}));
+  EXPECT_EQ(sizes, (std::vector<std::string>{"mini 480", "web 1600", "tanto 20000", "uno 1"}));
   EXPECT_EQ(f.bad_lines,
             (std::vector<std::string>{
                 "riga 5: zero 0", "riga 6: meno -5", "riga 7: mezzo 2.5", "riga 8: troppo 20001",
-                "riga 10: ../fuori 300", "riga 11: a/b 300", "riga 12: a\\b 300", "riga 13: .. 300",
-                "riga 14: punto. 300", "riga 15: due:punti 300", "riga 16: MINI 200",
-                "riga 17: solo", "riga 18: tre parole 300", "riga 19: 300"}));
+                "riga 11: ../fuori 300", "riga 12: a/b 300", "riga 13: a\\b 300", "riga 14: .. 300",
+                "riga 15: punto. 300", "riga 16: due:punti 300", "riga 17: MINI 200",
+                "riga 18: solo", "riga 19: tre parole 300", "riga 20: 300"}));
 }
 
 }  // namespace
