@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/failure.h"
-#include "platform/memory_file_system.h"
+#include "tests/support/memory_file_system.h"
 
 namespace vf {
 namespace {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "commands/creazione_index.h"
-#include "platform/memory_file_system.h"
+#include "tests/support/memory_file_system.h"
 #include "shell/avvio.h"
 #include "shell/vetrina.h"
 #include "tests/support/recording_ui.h"

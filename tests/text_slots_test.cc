@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/failure.h"
-#include "platform/memory_file_system.h"
+#include "tests/support/memory_file_system.h"
 
 namespace vf {
 namespace {

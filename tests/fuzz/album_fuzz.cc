@@ -18,7 +18,7 @@
 
 #include "commands/creazione_index.h"
 #include "commands/creazione_pagine.h"
-#include "platform/memory_file_system.h"
+#include "tests/support/memory_file_system.h"
 #include "shell/avvio.h"
 #include "shell/vetrina.h"
 #include "tests/fuzz/fuzz_support.h"

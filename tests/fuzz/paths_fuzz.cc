@@ -21,7 +21,7 @@
 #include "platform/case_fold.h"
 #include "platform/failure.h"
 #include "platform/host_file_system.h"
-#include "platform/memory_file_system.h"
+#include "tests/support/memory_file_system.h"
 #include "platform/windows_path.h"
 #include "shell/avvio.h"
 #include "shell/testo.h"

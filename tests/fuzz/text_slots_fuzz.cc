@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "platform/failure.h"
-#include "platform/memory_file_system.h"
+#include "tests/support/memory_file_system.h"
 #include "platform/text_slots.h"
 #include "tests/fuzz/fuzz_support.h"
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/memory_file_system.h"
+#include "tests/support/memory_file_system.h"
 #include "shell/vetrina.h"
 #include "tests/support/recording_ui.h"
 

@@ -1,5 +1,5 @@
-#ifndef VF_PLATFORM_MEMORY_FILE_SYSTEM_H_
-#define VF_PLATFORM_MEMORY_FILE_SYSTEM_H_
+#ifndef VF_TESTS_SUPPORT_MEMORY_FILE_SYSTEM_H_
+#define VF_TESTS_SUPPORT_MEMORY_FILE_SYSTEM_H_
 
 #include <cstdint>
 #include <map>
@@ -76,4 +76,4 @@ class MemoryFileSystem : public CaseBlindFileSystem {
 
 }  // namespace vf
 
-#endif  // VF_PLATFORM_MEMORY_FILE_SYSTEM_H_
+#endif  // VF_TESTS_SUPPORT_MEMORY_FILE_SYSTEM_H_
