@@ -1,125 +1,207 @@
-// The runner's own language: statements, printed forms and exit statuses.
+// The runner's own language and printed forms, and whole sites built with
+// the program's template set, with and without web-sized pictures.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "platform/case_fold.h"
+#include "script/script_runner.h"
 #include "tests/support/e2e.h"
 
 namespace vf::test {
 namespace {
 
-TEST(Runner, PrintsListControlsModuleAndEscapes) {
+using Texts = std::vector<std::string>;
+const char kStart[] = "drive C c\nprogram C:\\PROG\n";
+
+TEST(Runner, PrintsControlsListModuleAndEscapes) {
   TempTree tree;
   tree.MakeFolder("c/PROG");
   RunResult r = RunScript(
-      "# a comment\r\n\ndrive C c\nprogram C:\\PROG\nscreen 799\nstart\n"
-      "add   two blanks before\nadd a\rb\nadd \nset txtNUM_FILE  7 \n"
-      "select 0 2\nunselect 2\nselect 1\ncurrent 1\nprint List1\n"
-      "print txtNUM_FILE.Text\nprint txtMAX_PER_RIGA.Text\nprint txtMAX_N_FILES.Text\n"
-      "print Command1.Enabled\nprint Command4.Visible\nprint cmdCONFERMA_Tutti.Visible\n"
-      "print Option1.Value\nprint Option2.Value\nprint Check1.Value\nset Check1 1\n"
-      "print Check1.Value\nclick Option1\nprint Option1.Value\nprint Option2.Value\n"
-      "print Label6(3).Top\nprint Label6(4).Caption\nprint txtNOME_FILE_HTM.Text\n"
-      "print Module1.Tipo_Utilizzo\nprint Module1.Elenco_Pagine(3)\nprint Module1.Ultimo_File\n"
-      "print List1.ListCount\nprint List1.List(1)\nprint List1.Selected(1)\n",
+      "# a comment\r\n\n" + std::string(kStart) +
+          "screen 799\nstart\nadd   two blanks before\nadd a\rb\nadd \nset txtNUM_FILE  7 \n"
+          "select 0 2\nunselect 2\nselect 1\ncurrent 1\nprint List1\nprint txtNUM_FILE.Text\n"
+          "print txtMAX_PER_RIGA.Text\nprint txtMAX_N_FILES.Text\nprint Command1.Enabled\n"
+          "print Command4.Visible\nprint Option2.Value\nset Check1 1\nprint Check1.Value\n"
+          "click Option1\nprint Option1.Value\nprint Option2.Value\nprint Label6(3).Top\n"
+          "print Label6(4).Caption\nprint txtNOME_FILE_HTM.Text\nprint Module1.Tipo_Utilizzo\n"
+          "print Module1.Elenco_Pagine(3)\nprint List1.List(1)\nprint List1.Selected(1)\n"
+          "choose C:\\Foto\\a b.jpg\nchoose\nclick Command3\nprint txtPATH_RICERCA.Text\n"
+          "click Command3\nprint Module1.Dir_Base\nclick cmdFINE\nprint List1\n",
       tree.root());
-  ASSERT_EQ(r.status, 0) << r.err;
-  std::vector<std::string> expected = {"List1.ListCount = 3",
-                                       "List1(0) =   two blanks before [x]",
-                                       "List1(1) = a{CR}b [x]",
-                                       "List1(2) = ",
-                                       "List1.ListIndex = 1",
-                                       "txtNUM_FILE.Text =  7 ",
-                                       "txtMAX_PER_RIGA.Text = 4",
-                                       "txtMAX_N_FILES.Text = 9",
-                                       "Command1.Enabled = False",
-                                       "Command4.Visible = False",
-                                       "cmdCONFERMA_Tutti.Visible = False",
-                                       "Option1.Value = False",
-                                       "Option2.Value = True",
-                                       "Check1.Value = 0",
-                                       "Check1.Value = 1",
-                                       "Option1.Value = True",
-                                       "Option2.Value = False",
-                                       "Label6(3).Top = 2640",
-                                       "Label6(4).Caption = VETRINA-FOTO",
-                                       "txtNOME_FILE_HTM.Text = C:\\PROG\\index.htm",
-                                       "Module1.Tipo_Utilizzo = 2",
-                                       "Module1.Elenco_Pagine(3) = ",
-                                       "Module1.Ultimo_File = 0",
-                                       "List1.ListCount = 3",
-                                       "List1.List(1) = a{CR}b",
-                                       "List1.Selected(1) = True"};
-  EXPECT_EQ(r.lines, expected);
-}
-
-TEST(Runner, ScreenWidthAndProgramInARoot) {
-  TempTree tree;
-  tree.MakeFolder("c");
-  RunResult r = RunScript(
+  EXPECT_EQ(r.status, 0) << r.err;
+  const std::string dialog = "DIALOG: Ricerca cartelle/directory contenenti Foto/Film/Suoni | ";
+  EXPECT_EQ(r.lines, (Texts{"List1.ListCount = 3",
+                            "List1(0) =   two blanks before [x]",
+                            "List1(1) = a{CR}b [x]",
+                            "List1(2) = ",
+                            "List1.ListIndex = 1",
+                            "txtNUM_FILE.Text =  7 ",
+                            "txtMAX_PER_RIGA.Text = 4",
+                            "txtMAX_N_FILES.Text = 9",
+                            "Command1.Enabled = False",
+                            "Command4.Visible = False",
+                            "Option2.Value = True",
+                            "Check1.Value = 1",
+                            "Option1.Value = True",
+                            "Option2.Value = False",
+                            "Label6(3).Top = 2640",
+                            "Label6(4).Caption = VETRINA-FOTO",
+                            "txtNOME_FILE_HTM.Text = C:\\PROG\\index.htm",
+                            "Module1.Tipo_Utilizzo = 2",
+                            "Module1.Elenco_Pagine(3) = ",
+                            "List1.List(1) = a{CR}b",
+                            "List1.Selected(1) = True",
+                            "BEEP",
+                            dialog + "C:\\VETRINA-FOTO\\ | *.* -> C:\\Foto\\a b.jpg",
+                            "txtPATH_RICERCA.Text = C:\\Foto\\",
+                            "BEEP",
+                            dialog + "C:\\Foto\\ | *.* -> ",
+                            "Module1.Dir_Base = C:\\Foto\\",
+                            "END"}));
+  r = RunScript(
       "drive C c\nprogram C:\\\nscreen 800\nstart\nprint txtMAX_PER_RIGA.Text\n"
       "print txtNOME_FILE_HTM.Text\n",
       tree.root());
-  ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, "txtMAX_PER_RIGA.Text = 5\ntxtNOME_FILE_HTM.Text = C:\\\\index.htm\n");
 }
 
 TEST(Runner, ExitStatuses) {
   TempTree tree;
   tree.MakeFolder("c");
+  const std::string start = "drive C c\nprogram C:\\\nstart\n";
   // A line not understood: status 2, its number and text, nothing after it.
   RunResult r = RunScript(
-      "drive C c\nprogram C:\\\nstart\nprint txtNUM_FILE.Text\n"
-      "frobnicate now\nprint txtNUM_FILE.Text\n",
-      tree.root());
+      start + "print txtNUM_FILE.Text\nfrobnicate now\nprint txtNUM_FILE.Text\n", tree.root());
   EXPECT_EQ(r.status, 2);
   EXPECT_EQ(r.out, "txtNUM_FILE.Text = \n");
-  EXPECT_NE(r.err.find("5"), std::string::npos);
+  EXPECT_NE(r.err.find("riga 5 non compresa"), std::string::npos) << r.err;
   EXPECT_NE(r.err.find("frobnicate now"), std::string::npos);
   for (const char* bad : {"click NoSuchButton", "print txtNUM_FILE.Colour", "select 4",
                           "set Command1 x", "drive D d", "answer maybe", "start"}) {
-    r = RunScript(std::string("drive C c\nprogram C:\\\nstart\n") + bad + "\n", tree.root());
-    EXPECT_EQ(r.status, 2) << bad;
+    EXPECT_EQ(RunScript(start + bad + "\n", tree.root()).status, 2) << bad;
   }
-  r = RunScript("print txtNUM_FILE.Text\n", tree.root());
-  EXPECT_EQ(r.status, 2);
-  // The runner's own folder on no drive and no program line: status 1.
-  r = RunScript("drive C c\nstart\n", tree.root());
-  EXPECT_EQ(r.status, 1);
-  r = RunRunner("manca.txt", tree.root());
-  EXPECT_EQ(r.status, 1);
-  // The usage, on standard output.
+  const std::pair<std::string, int> scripts[] = {
+      {"print txtNUM_FILE.Text\n", 2},
+      {"drive C c\nstart\n", 1},  // the runner's own folder on no drive
+      {start + "click cmdFINE\nprint txtNUM_FILE.Text\n", 0}};
+  for (const auto& [script, status] : scripts)
+    EXPECT_EQ(RunScript(script, tree.root()).status, status);
+  EXPECT_EQ(RunRunner("manca.txt", tree.root()).status, 1);
   for (const char* option : {"--help", "-h"}) {
     r = RunRunner(option, tree.root());
     EXPECT_EQ(r.status, 0) << option;
-    EXPECT_NE(r.out.find("vetrina-foto-script SCRIPT"), std::string::npos) << option;
+    EXPECT_TRUE(r.Has("vetrina-foto-script SCRIPT")) << option;
   }
-  // END ends the script with status 0 and nothing after it runs.
-  r = RunScript("drive C c\nprogram C:\\\nstart\nclick cmdFINE\nprint txtNUM_FILE.Text\n",
-                tree.root());
-  EXPECT_EQ(r.status, 0);
-  EXPECT_EQ(r.out, "END\n");
 }
 
-TEST(Runner, QueuedAnswersAndDialogs) {
+TEST(Runner, WhiteSpaceLinesAreBlankAndTabbedDriveLinesAreRefused) {
   TempTree tree;
-  tree.MakeFolder("c/Foto");
-  RunResult r = RunScript(
-      "drive C c\nprogram C:\\\nstart\nchoose C:\\Foto\\a b.jpg\nchoose\n"
-      "click Command3\nprint txtPATH_RICERCA.Text\nclick Command3\n"
-      "print Module1.Dir_Base\n",
-      tree.root());
-  ASSERT_EQ(r.status, 0) << r.err;
-  std::vector<std::string> expected = {
-      "BEEP",
-      "DIALOG: Ricerca cartelle/directory contenenti Foto/Film/Suoni | C:\\VETRINA-FOTO\\ | *.* -> "
-      "C:\\Foto\\a b.jpg",
-      "txtPATH_RICERCA.Text = C:\\Foto\\",
-      "BEEP",
-      "DIALOG: Ricerca cartelle/directory contenenti Foto/Film/Suoni | C:\\Foto\\ | *.* -> ",
-      "Module1.Dir_Base = C:\\Foto\\"};
-  EXPECT_EQ(r.lines, expected);
+  tree.MakeFolder("c");
+  // Tabs part the words, but the folder is the text after the second blank.
+  const std::pair<std::string, int> scripts[] = {
+      {"drive C " + tree.Path("c").string() +
+           "\nprogram C:\\\n\v\n \f \n\t\r\n\v# a comment\nstart\nprint List1.ListCount\n",
+       kScriptFinito},
+      {"drive\tC\tc \nstart\n", kScriptNonCapito},
+      {"drive C\tc \nstart\n", kScriptNonCapito},
+      {"drive\tC\tc readonly \nstart\n", kScriptNonCapito}};
+  for (const auto& [script, status] : scripts) {
+    std::istringstream in(script);
+    std::ostringstream out, err;
+    ScriptRunner runner(out, err, tree.root().string());
+    EXPECT_EQ(runner.Run(in), status) << script << err.str();
+    EXPECT_EQ(out.str(), status == kScriptFinito ? "List1.ListCount = 0\n" : "");
+    if (status != kScriptFinito)
+      EXPECT_NE(err.str().find("riga 1 non compresa"), std::string::npos);
+  }
+}
+
+TEST(TemplateSite, EveryMarkerOfEveryPageIsRewrittenInBothCases) {
+  for (bool capitals : {false, true}) {
+    SCOPED_TRACE(capitals);
+    TempTree tree;
+    tree.MakeFolder("c/Sito");
+    CopyTemplates(tree, "p");
+    std::string script = "drive C c\ndrive P p readonly\nprogram P:\\\nstart\n";
+    for (int i = 10; i <= 34; ++i) {
+      tree.Write("c/Foto/P" + std::to_string(i) + ".GIF", "gif");
+      script += "add C:\\Foto\\P" + std::to_string(i) + ".GIF\n";
+    }
+    RunResult r = RunScript(script + (capitals ? "click Option1\n" : "") +
+                                "set txtNUM_FILE 25\nset txtNOME_FILE_HTM C:\\Sito\\index.htm\n"
+                                "click Command1\n",
+                            tree.root());
+    EXPECT_EQ(r.Messages(), Texts{});
+    const std::regex left_over("img_00[1-9]\\.jpg|\\.\\./dir_000[ps]/menu\\.htm");
+    auto read = [&](const std::string& name) {
+      return ToLower(tree.Read("c/Sito/" + (capitals ? ToUpper(name) : name)));
+    };
+    for (int album = 1; album <= 3; ++album) {
+      const std::string folder = "dir_000" + std::to_string(album) + "/";
+      const std::string menu = read(folder + "menu.htm");
+      EXPECT_FALSE(std::regex_search(menu, left_over)) << menu;
+      EXPECT_NE(menu.find("menu immagini - pag." + std::to_string(album)), std::string::npos);
+      EXPECT_NE(menu.find("img_001.gif"), std::string::npos);
+      for (int i = 1; i <= (album < 3 ? 9 : 7); ++i) {
+        const std::string page = read(folder + "img_00" + std::to_string(i) + ".htm");
+        EXPECT_TRUE(page != "<missing>" && !std::regex_search(page, left_over)) << folder << i;
+      }
+    }
+    EXPECT_NE(read("dir_0001/img_009.htm").find("../dir_0002/menu.htm"), std::string::npos);
+  }
+}
+
+TEST(TemplateSite, TheSizesFileMakesScaledPicturesAndTellsWhatItOnlyCopied) {
+  TempTree tree;
+  CopyTemplates(tree, "c/PROG");
+  tree.Write("c/foto/a.jpg", tree.Read("c/PROG/diaposit.jpg"));
+  tree.Write("c/foto/b.JPEG", tree.Read("c/PROG/film-1a.jpg"));
+  tree.Write("c/foto/rotta.jpg", "non sono una foto");
+  tree.Write("c/foto/note.txt", "testo");
+  tree.MakeFolder("c/sito");
+  const std::string build =
+      std::string(kStart) +
+      "start\nadd C:\\foto\\a.jpg\nadd C:\\foto\\rotta.jpg\nadd C:\\foto\\note.txt\n"
+      "add C:\\foto\\b.JPEG\nset txtNUM_FILE 4\nset txtNOME_FILE_HTM C:\\sito\\index.htm\n"
+      "answer yes\nclick Command1\n";
+  // Without the sizes file the build writes what it always wrote.
+  RunResult r = RunScript(build, tree.root());
+  const Texts before = tree.Tree("c/sito");
+  EXPECT_EQ(std::count_if(before.begin(), before.end(),
+                          [](const std::string& p) { return p.find("mini") != std::string::npos; }),
+            0);
+  EXPECT_EQ(r.Messages(), Texts{});
+
+  tree.Write("c/PROG/DIMENSIONI.TXT", "# prove\r\nmini 100\r\nweb 0\r\nWeb 1600\r\n");
+  r = RunScript(build, tree.root());
+  // The pass comes after the site and before the preview question.
+  EXPECT_EQ(r.Messages(), (Texts{"Righe non valide nel file DIMENSIONI.TXT, non considerate:{CR}"
+                                 "riga 3: web 0",
+                                 "Immagini non riducibili, copiate come sono:{CR}"
+                                 "C:\\sito\\dir_0001\\mini\\img_002.jpg{CR}"
+                                 "C:\\sito\\dir_0001\\web\\img_002.jpg"}));
+  EXPECT_LT(r.out.find("MSG: Immagini"), r.out.find("ASK: Visualizzo la pagina creata"));
+  for (const std::string size : {"mini/", "web/"}) {
+    const std::string folder = "c/sito/dir_0001/" + size;
+    EXPECT_EQ(tree.Read(folder + "img_001.jpg").substr(0, 2), "\xFF\xD8");
+    EXPECT_EQ(tree.Read(folder + "img_002.jpg"), "non sono una foto");
+    EXPECT_FALSE(tree.Exists(folder + "img_003.txt"));
+    EXPECT_TRUE(tree.Exists(folder + "img_004.peg"));
+  }
+  EXPECT_LT(tree.Read("c/sito/dir_0001/mini/img_001.jpg").size(),
+            tree.Read("c/sito/dir_0001/img_001.jpg").size());
+  // Nothing of the pass beside the pages or above the album folder.
+  for (const std::string& name : tree.Tree("c/sito")) {
+    EXPECT_TRUE(std::count(before.begin(), before.end(), name) ||
+                name.starts_with("dir_0001/mini/") || name.starts_with("dir_0001/web/") ||
+                name.starts_with("dir_0001/."))
+        << name;
+  }
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "filelist/caricamento.h"
-#include "tests/support/filelist_banco.h"
+#include "tests/support/banco.h"
 
 namespace vf::test {
 namespace {

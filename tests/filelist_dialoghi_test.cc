@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "filelist/dialoghi.h"
-#include "tests/support/filelist_banco.h"
+#include "tests/support/banco.h"
 
 namespace vf::test {
 namespace {

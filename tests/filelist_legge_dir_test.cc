@@ -6,8 +6,8 @@
 #include "filelist/legge_dir.h"
 #include "platform/host_file_system.h"
 #include "shell/avvio.h"
+#include "tests/support/banco.h"
 #include "tests/support/e2e.h"
-#include "tests/support/filelist_banco.h"
 
 namespace vf::test {
 namespace {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "filelist/modifica_elenco.h"
-#include "tests/support/filelist_banco.h"
+#include "tests/support/banco.h"
 
 namespace vf::test {
 namespace {

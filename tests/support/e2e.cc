@@ -11,12 +11,47 @@ namespace vf::test {
 
 namespace fs = std::filesystem;
 
-TempTree::TempTree() {
-  std::string pattern = (fs::temp_directory_path() / "vf-test-XXXXXX").string();
-  char* made = mkdtemp(pattern.data());
-  root_ = made != nullptr ? fs::path(made) : fs::temp_directory_path() / "vf-test-fallback";
-  fs::create_directories(root_);
+namespace {
+
+fs::path MakeTemp(const char* name) {
+  std::string pattern = (fs::temp_directory_path() / name).string();
+  return mkdtemp(pattern.data()) != nullptr ? fs::path(pattern) : fs::temp_directory_path();
 }
+
+std::string Slurp(const fs::path& p) {
+  std::ifstream in(p, std::ios::binary);
+  if (!in) return "<missing>";
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+RunResult Run(const std::string* script, std::string arg, const fs::path& cwd,
+              const std::string& home) {
+  const fs::path work = MakeTemp("vf-run-XXXXXX");
+  if (script != nullptr) {
+    std::ofstream(work / "script.txt", std::ios::binary) << *script;
+    arg = (work / "script.txt").string();
+  }
+  const std::string command = "cd '" + cwd.string() + "' && " +
+                              (home.empty() ? "" : "HOME='" + home + "' ") + "'" VF_RUNNER "' '" +
+                              arg + "' > '" + (work / "out").string() + "' 2> '" +
+                              (work / "err").string() + "'";
+  const int status = std::system(command.c_str());
+  RunResult r;
+  r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  r.out = Slurp(work / "out");
+  r.err = Slurp(work / "err");
+  std::istringstream lines(r.out);
+  for (std::string line; std::getline(lines, line);) r.lines.push_back(line);
+  std::error_code ec;
+  fs::remove_all(work, ec);
+  return r;
+}
+
+}  // namespace
+
+TempTree::TempTree() : root_(MakeTemp("vf-test-XXXXXX")) {}
 
 TempTree::~TempTree() {
   std::error_code ec;
@@ -29,22 +64,15 @@ TempTree::~TempTree() {
 }
 
 void TempTree::Write(const std::string& relative, const std::string& bytes) const {
-  fs::path p = Path(relative);
-  fs::create_directories(p.parent_path());
-  std::ofstream(p, std::ios::binary) << bytes;
+  fs::create_directories(Path(relative).parent_path());
+  std::ofstream(Path(relative), std::ios::binary) << bytes;
 }
 
 void TempTree::MakeFolder(const std::string& relative) const {
   fs::create_directories(Path(relative));
 }
 
-std::string TempTree::Read(const std::string& relative) const {
-  std::ifstream in(Path(relative), std::ios::binary);
-  if (!in) return "<missing>";
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
+std::string TempTree::Read(const std::string& relative) const { return Slurp(Path(relative)); }
 
 bool TempTree::Exists(const std::string& relative) const {
   std::error_code ec;
@@ -53,55 +81,23 @@ bool TempTree::Exists(const std::string& relative) const {
 
 std::vector<std::string> TempTree::Tree(const std::string& relative) const {
   std::vector<std::string> out;
-  fs::path base = Path(relative);
   std::error_code ec;
-  for (auto it = fs::recursive_directory_iterator(base, ec);
+  for (auto it = fs::recursive_directory_iterator(Path(relative), ec);
        it != fs::recursive_directory_iterator(); it.increment(ec)) {
-    std::string name = fs::relative(it->path(), base).string();
-    if (it->is_directory()) name += "/";
-    out.push_back(name);
+    out.push_back(fs::relative(it->path(), Path(relative)).string() +
+                  (it->is_directory() ? "/" : ""));
   }
   std::sort(out.begin(), out.end());
   return out;
 }
 
-namespace {
-
-// Runs the runner with `argument`, in a folder of its own for its outputs
-// (and for the script, when one is written first).
-RunResult Run(const std::string* script, const std::string& argument, const fs::path& cwd,
-              const std::string& home) {
-  RunResult r;
-  std::string pattern = (fs::temp_directory_path() / "vf-run-XXXXXX").string();
-  char* made = mkdtemp(pattern.data());
-  fs::path work = made != nullptr ? fs::path(made) : cwd;
-  std::string arg = argument;
-  if (script != nullptr) {
-    std::ofstream(work / "script.txt", std::ios::binary) << *script;
-    arg = (work / "script.txt").string();
+std::vector<std::string> RunResult::Messages() const {
+  std::vector<std::string> out;
+  for (const std::string& l : lines) {
+    if (l.starts_with("MSG: ")) out.push_back(l.substr(5));
   }
-  std::string command = "cd '" + cwd.string() + "' && " +
-                        (home.empty() ? "" : "HOME='" + home + "' ") + "'" VF_RUNNER "' '" + arg +
-                        "' > '" + (work / "out").string() + "' 2> '" + (work / "err").string() +
-                        "'";
-  int status = std::system(command.c_str());
-  r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  auto slurp = [](const fs::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
-  };
-  r.out = slurp(work / "out");
-  r.err = slurp(work / "err");
-  std::istringstream lines(r.out);
-  for (std::string line; std::getline(lines, line);) r.lines.push_back(line);
-  std::error_code ec;
-  fs::remove_all(work, ec);
-  return r;
+  return out;
 }
-
-}  // namespace
 
 RunResult RunScript(const std::string& script, const fs::path& cwd, const std::string& home) {
   return Run(&script, "", cwd, home);
@@ -117,8 +113,8 @@ std::string CrLf(const std::vector<std::string>& lines) {
   return out;
 }
 
-void WriteFixtureTemplates(const TempTree& tree, const std::string& folder, int places) {
-  const std::string f = folder.empty() ? "" : folder + "/";
+void WriteFixtureTemplates(const TempTree& tree, const std::string& folder) {
+  const std::string f = folder + "/";
   tree.Write(f + "INTESTAZ.HTM",
              CrLf({"<head><title>Prova</title></head>", "<body BACKGROUND=\"sfondo1g.jpg\">",
                    "<marquee>Titolo</marquee>", "<div><center>"}));
@@ -129,10 +125,16 @@ void WriteFixtureTemplates(const TempTree& tree, const std::string& folder, int 
   std::vector<std::string> menu = {"<html><head><title>menu immagini - pag.1</title></head>",
                                    "<a href=\"../dir_000p/menu.htm\">prec</a>",
                                    "<a href=\"../dir_000s/menu.htm\">succ</a>"};
-  for (int i = 1; i <= places; ++i) {
-    char name[32];
-    std::snprintf(name, sizeof name, "img_%03d", i);
-    menu.push_back(std::string("<a href=\"") + name + ".htm\"><img src=\"" + name + ".jpg\"></a>");
+  auto img = [](int i) { return std::string(i < 10 ? "img_00" : "img_0") + std::to_string(i); };
+  for (int i = 1; i <= 9; ++i) {
+    const std::string n = img(i);
+    menu.push_back("<a href=\"" + n + ".htm\"><img src=\"" + n + ".jpg\"></a>");
+    std::vector<std::string> page = {"<html><body>", "<img src=\"" + n + ".jpg\">",
+                                     "<a href=\"" + img(i - 1) + ".htm\">prev</a>",
+                                     "<a href=\"" + img(i + 1) + ".htm\">next</a>"};
+    if (i == 9) page.push_back("<a href=\"../dir_000s/menu.htm\">album</a>");
+    page.push_back("</body></html>");
+    tree.Write(f + "VETRINA-FOTO_DEFAULT/dir_0001/IMG_00" + std::to_string(i) + ".HTM", CrLf(page));
   }
   menu.push_back("</html>");
   tree.Write(f + "MENU.HTM", CrLf(menu));
@@ -142,20 +144,12 @@ void WriteFixtureTemplates(const TempTree& tree, const std::string& folder, int 
         "sfondo1g.jpg", "sfondo1p.jpg"}) {
     tree.Write(f + picture, std::string("picture ") + picture);
   }
-  for (int i = 1; i <= places; ++i) {
-    char name[32], prev[32], next[32];
-    std::snprintf(name, sizeof name, "img_%03d", i);
-    std::snprintf(prev, sizeof prev, "img_%03d", i - 1);
-    std::snprintf(next, sizeof next, "img_%03d", i + 1);
-    std::vector<std::string> page = {"<html><body>", std::string("<img src=\"") + name + ".jpg\">",
-                                     std::string("<a href=\"") + prev + ".htm\">prev</a>",
-                                     std::string("<a href=\"") + next + ".htm\">next</a>"};
-    if (i == places) page.push_back("<a href=\"../dir_000s/menu.htm\">album</a>");
-    page.push_back("</body></html>");
-    char file[64];
-    std::snprintf(file, sizeof file, "VETRINA-FOTO_DEFAULT/dir_0001/IMG_%03d.HTM", i);
-    tree.Write(f + file, CrLf(page));
-  }
+}
+
+void CopyTemplates(const TempTree& tree, const std::string& folder, bool sizes) {
+  tree.MakeFolder(folder);
+  fs::copy(fs::path(VF_SOURCE_DIR) / "templates", tree.Path(folder), fs::copy_options::recursive);
+  if (!sizes) fs::remove(tree.Path(folder + "/DIMENSIONI.TXT"));
 }
 
 }  // namespace vf::test

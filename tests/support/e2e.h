@@ -23,8 +23,7 @@ class TempTree {
   // The file's bytes; "<missing>" when there is no such file.
   std::string Read(const std::string& relative) const;
   bool Exists(const std::string& relative) const;
-  // Every file and folder below the root, as sorted relative paths; folders
-  // end with "/".
+  // Every file and folder below, as sorted relative paths; folders end in "/".
   std::vector<std::string> Tree(const std::string& relative = "") const;
 
  private:
@@ -33,25 +32,27 @@ class TempTree {
 
 struct RunResult {
   int status = -1;
-  std::string out;
-  std::string err;
+  std::string out, err;
   std::vector<std::string> lines;  // out split at line feeds
+  // The texts of the "MSG: " lines.
+  std::vector<std::string> Messages() const;
+  bool Has(const std::string& text) const { return out.find(text) != std::string::npos; }
 };
 
-// Runs vetrina-foto-script on `script` with `cwd` as its working folder,
-// and `home` as its home folder when one is given.
+// Runs vetrina-foto-script on `script` in `cwd`, with `home` as its home
+// folder when given; with `argument`, on that script path or option instead.
 RunResult RunScript(const std::string& script, const std::filesystem::path& cwd,
                     const std::string& home = "");
-// Runs vetrina-foto-script with `argument` (a script's path or an option).
 RunResult RunRunner(const std::string& argument, const std::filesystem::path& cwd);
 
 // Lines joined with CR LF after each, as templates and pages are written.
 std::string CrLf(const std::vector<std::string>& lines);
 
-// A small template set for tests, written into `folder`: the five page
-// templates, the thirteen pictures (short texts) and the per-picture
-// templates 001 to `places` under VETRINA-FOTO_DEFAULT\dir_0001.
-void WriteFixtureTemplates(const TempTree& tree, const std::string& folder, int places = 9);
+// A small template set in `folder`: the five page templates, the thirteen
+// pictures (short texts) and per-picture templates 001 to 009.
+void WriteFixtureTemplates(const TempTree& tree, const std::string& folder);
+// The real template set, without its sizes file unless `sizes`.
+void CopyTemplates(const TempTree& tree, const std::string& folder, bool sizes = false);
 
 }  // namespace vf::test
 

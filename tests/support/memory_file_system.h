@@ -1,10 +1,10 @@
 #ifndef VF_TESTS_SUPPORT_MEMORY_FILE_SYSTEM_H_
 #define VF_TESTS_SUPPORT_MEMORY_FILE_SYSTEM_H_
 
-#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,22 +12,19 @@
 
 namespace vf {
 
-// A file layer held in memory, with the same Windows path rules as the host
-// one, for tests of the program's logic. It starts with an empty drive C:
-// and keeps a journal of every change it was asked for, each with the path
-// as the program typed it: "MKDIR C:\sito\dir_0001", "WRITE C:\sito\index.htm"
-// (when the file is closed), "COPY C:\a.jpg -> C:\sito\img_001.jpg",
-// "RENAME C:\A.JPG -> C:\a.jpg". Files opened from it must not outlive it.
+// A file layer held in memory with the host one's Windows path rules. It
+// starts with an empty drive C: and journals every change it made, with the
+// path as typed: "MKDIR C:\sito\dir_0001", "WRITE C:\sito\index.htm" (at the
+// open), "COPY C:\a.jpg -> C:\sito\img_001.jpg", "RENAME C:\A.JPG -> C:\a.jpg".
 class MemoryFileSystem : public CaseBlindFileSystem {
  public:
-  MemoryFileSystem();
+  MemoryFileSystem() : CaseBlindFileSystem('C') { AddDrive('C'); }
 
   void AddDrive(char letter, bool readonly = false);
-  // Seeding, outside the journal and the read-only rule: every name is made
-  // exactly as given, folders on the way as needed, and a drive that is not
-  // there yet is added.
-  void AddFile(const std::string& winpath, const std::string& bytes);
-  void AddFolder(const std::string& winpath);
+  // Seeding, outside the journal and the read-only rule: names are made as
+  // given, with the folders and the drive on the way.
+  void AddFile(const std::string& winpath, const std::string& bytes) { Seed(winpath, &bytes); }
+  void AddFolder(const std::string& winpath) { Seed(winpath, nullptr); }
   // The bytes of a file, found as a read finds it.
   std::optional<std::string> Contents(const std::string& winpath);
   const std::vector<std::string>& log() const { return log_; }
@@ -38,14 +35,14 @@ class MemoryFileSystem : public CaseBlindFileSystem {
   int Rename(const std::string& from, const std::string& to) override;
 
  protected:
-  bool IsMapped(char drive) const override;
-  bool IsReadOnly(char drive) const override;
+  bool IsMapped(char drive) const override { return nodes_.count(std::string{drive, ':'}) != 0; }
+  bool IsReadOnly(char drive) const override { return readonly_.count(drive) != 0; }
   int CheckFolder(const Place& folder) override;
   int Find(const Place& folder, const std::string& part, std::optional<Match>* found) override;
   int ReadFile(const Place& file, std::unique_ptr<InputFile>* out) override;
   int WriteFile(const Place& file, std::unique_ptr<OutputFile>* out) override;
   int CopyFile(const Place& from, const Place& to) override;
-  bool SameFile(const Place& a, const Place& b) override;
+  bool SameFile(const Place& a, const Place& b) override { return Key(a) == Key(b); }
   int MakeFolderAt(const Place& folder) override;
   int Move(const Place& from, const Place& to) override;
   int List(const Place& folder, FolderListing* listing) override;
@@ -53,23 +50,17 @@ class MemoryFileSystem : public CaseBlindFileSystem {
  private:
   struct Node {
     uint64_t id = 0;
-    bool folder = false;
-    std::shared_ptr<std::string> data;  // a file's bytes, shared with its open files
-    std::map<std::string, std::unique_ptr<Node>> children;
+    std::shared_ptr<std::string> data;  // null for a folder; shared with open files
   };
-  struct Drive {
-    bool readonly = false;
-    std::unique_ptr<Node> root;
-  };
-
-  std::unique_ptr<Node> NewNode(bool folder);
-  Node* NodeAt(const Place& place);
-  Node* ParentOf(const Place& place);
-  void Seed(const std::string& winpath, bool folder, const std::string& bytes);
-  // The path as typed, made absolute: the journal's form.
+  // "C:" for a root, "C:\a\b" below it, names as they stand.
+  static std::string Key(const Place& place);
+  Node* At(const std::string& key);
+  Node& Make(const std::string& key, bool folder);
+  void Seed(const std::string& winpath, const std::string* bytes);
   std::string Typed(const std::string& path) const;
 
-  std::map<char, Drive> drives_;
+  std::map<std::string, Node> nodes_;
+  std::set<char> readonly_;
   uint64_t next_id_ = 1;
   std::vector<std::string> log_;
 };

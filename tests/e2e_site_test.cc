@@ -1,0 +1,380 @@
+// The single and the paged build through vetrina-foto-script, on a small
+// template set: pages, albums, links, questions and messages.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/support/e2e.h"
+
+namespace vf::test {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+const std::string kRitorno =
+    "<H2><a href=\"index.htm\" target=\"_top\"><p align=\"center\"><font "
+    "color=\"#FFFF80\"><strong><em>Ritorna alla pagina iniziale</strong></em></font></p></a></H2>";
+const std::string kTabella =
+    "<table border=\"0\" cellpadding=\"0\" cellspacing=\"10\" width=\"130\">";
+const Texts kTesta = {"<HTML>", "<head><title>Prova</title></head>",
+                      "<body BACKGROUND=\"sfondo1g.jpg\">", "<marquee>Titolo</marquee>",
+                      "<div><center>"};
+const Texts kCoda = {" </tr>", "</table>", "</center></div>", "</body>", "</HTML>"};
+
+Texts Cella(const std::string& pulsante, const std::string& link, const std::string& etichetta) {
+  return {
+      "<td valign=\"Top\">",
+      "  <table border=\"0\" cellpadding=\"0\" cellspacing=\"0\" width=\" 130\">",
+      "  <tr>",
+      "   <td background=\"" + pulsante + "\" width=\"130\" height=\"30\">",
+      "    <table border=\"0\" cellpadding=\"0\" cellspacing=\"0\" width=\"130\" height=\"30\">",
+      "     <tr>",
+      "      <td><p align=\"center\">",
+      "        <A HREF=\"" + link + "\">",
+      etichetta + "</A>",
+      "      </td>",
+      "     </tr>",
+      "    </table>",
+      "   </td>",
+      "  </tr>",
+      "</table></td>",
+      " "};
+}
+
+Texts operator+(Texts a, const Texts& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
+// A program folder with the small template set, an empty site folder and
+// `n` pictures P01.JPG… with texts of their own.
+struct Site {
+  TempTree tree;
+  explicit Site(int n = 0) {
+    WriteFixtureTemplates(tree, "c/PROG");
+    tree.MakeFolder("c/Sito");
+    for (int i = 1; i <= n; ++i) tree.Write("c/Foto/" + Name(i), "bytes of " + Name(i));
+  }
+  static std::string Name(int i) { return (i < 10 ? "P0" : "P") + std::to_string(i) + ".JPG"; }
+  // Runs `body` after the start, with `n` pictures in the list.
+  RunResult Run(const std::string& body, int n = 0, const std::string& before = "") const {
+    std::string adds;
+    for (int i = 1; i <= n; ++i) adds += "add C:\\Foto\\" + Name(i) + "\n";
+    RunResult r = RunScript("drive C c\nprogram C:\\PROG\n" + before + "start\n" + adds +
+                                (n > 0 ? "set txtNUM_FILE " + std::to_string(n) + "\n" : "") + body,
+                            tree.root());
+    EXPECT_EQ(r.status, 0) << r.err;
+    return r;
+  }
+  std::string Read(const std::string& p) const { return tree.Read("c/Sito/" + p); }
+};
+
+const char kIndex[] = "set txtNOME_FILE_HTM C:\\Sito\\index.htm\n";
+
+TEST(SingleBuild, AnEmptyListWritesTheSkeletonInBothCases) {
+  Site site;
+  RunResult r = site.Run(
+      "set txtNUM_FILE 1\nset txtNOME_FILE_HTM   C:\\Sito\\Foto.Mare.HTML  \n"
+      "print Command5.Enabled\nclick Command1\nprint Module1.Dir_Output\n"
+      "print Module1.Nome_File_Input\nprint Module1.Nome_File_Output\nprint Command5.Enabled\n");
+  EXPECT_EQ(r.lines,
+            (Texts{"Command5.Enabled = False", "CURSOR: BUSY", "CURSOR: NORMAL", "BEEP",
+                   "ASK: Visualizzo la pagina creata c:\\sito\\foto.htm (S/N)  -> NO",
+                   "Module1.Dir_Output = c:\\sito\\", "Module1.Nome_File_Input = foto.mare.html",
+                   "Module1.Nome_File_Output = foto.htm", "Command5.Enabled = True"}));
+  EXPECT_EQ(site.Read("foto.htm"), CrLf(kTesta + Texts{kRitorno, kTabella, "<tr>", " "} + kCoda));
+  EXPECT_EQ(
+      site.tree.Tree("c/Sito"),
+      (Texts{"diaposit.jpg", "film-1a.jpg", "foto-1a.jpg", "foto.htm", "htm-1a.jpg", "intest_2.htm",
+             "intestaz.htm", "music-1a.jpg", "piede.htm", "piede_2.htm", "pulsante.jpg",
+             "sfondo1g.jpg", "sfondo1p.jpg", "sfondo_1.gif", "sfondo_2.gif"}));
+  // Capitals: the folder keeps its name on disk, the page and links follow.
+  Site upper;
+  r = upper.Run(
+      "set txtNUM_FILE 1\nclick Option1\nset txtNOME_FILE_HTM C:\\Sito\\Foto.Mare.HTML\n"
+      "answer yes\nclick Command1\nprint Module1.Dir_Output\n");
+  EXPECT_TRUE(
+      r.Has("ASK: Visualizzo la pagina creata C:\\SITO\\FOTO.HTM (S/N)  -> YES\n"
+            "RUN: START /max /w FOTO.HTM -> OK\nModule1.Dir_Output = C:\\SITO\\\n"))
+      << r.out;
+  EXPECT_TRUE(upper.Read("FOTO.HTM").find("<a href=\"INDEX.HTM\"") != std::string::npos);
+  EXPECT_TRUE(upper.tree.Exists("c/Sito/DIAPOSIT.JPG"));
+}
+
+TEST(SingleBuild, CheckBoxesFilterTheHeadAndPickTheSecondTemplates) {
+  Site site;
+  site.Run(
+      "set txtNUM_FILE 1\nset txtNOME_FILE_HTM C:\\Sito\\uno.htm\nset Check1 1\nclick Command1\n"
+      "set txtNOME_FILE_HTM C:\\Sito\\due.htm\nset Check1 0\nset Check2 1\nclick Command1\n"
+      "set txtNOME_FILE_HTM C:\\Sito\\tre.htm\nset Check1 1\nclick Command1\n"
+      "set txtNOME_FILE_HTM C:\\Sito\\index.htm\nset Check1 0\nset Check2 0\nclick Command1\n");
+  const Texts table = {kTabella, "<tr>", " ", " </tr>", "</table>", "</center></div>"};
+  // Check1 drops the BACKGROUND line; index.htm has no return link.
+  EXPECT_EQ(site.Read("uno.htm"), CrLf(Texts{"<HTML>", kTesta[1], kTesta[3], kTesta[4], kRitorno} +
+                                       table + Texts{"</body>", "</HTML>"}));
+  EXPECT_EQ(site.Read("due.htm"), CrLf(Texts{"<HTML>", kTesta[1], kTesta[2], kTesta[4], kRitorno} +
+                                       table + Texts{"</body>", "</HTML>"}));
+  EXPECT_EQ(site.Read("tre.htm"), CrLf(Texts{"<HTML>", "<head><title>Prova 2</title></head>",
+                                             "<body>", "<div><center>", kRitorno} +
+                                       table + Texts{"<p>piede 2</p>", "</HTML>"}));
+  EXPECT_EQ(site.Read("index.htm"), CrLf(kTesta + table + Texts{"</body>", "</HTML>"}));
+}
+
+TEST(SingleBuild, RefusalsTheExistingPageAndThePreview) {
+  Site site;
+  site.tree.Write("c/Sito/index.htm", "old");
+  RunResult r = site.Run(
+      std::string(kIndex) +
+          "set txtNUM_FILE abc\nclick Command1\nset txtNUM_FILE 3\nclick Command1\n"
+          "answer yes\nclick Command1\nprint Module1.Conferma_Esistente\n"
+          "set txtNUM_FILE 0\nclick Command1\nprint Module1.Conferma_Esistente\n"
+          "click Command5\nset txtNUM_FILE 1\nset txtNOME_FILE_HTM C:\\Sito\\Vetrina Uno.htm\n"
+          "answer yes\nclick Command1\nclick Command5\nclick cmdFINE\nprint txtNUM_FILE.Text\n",
+      0, "startfails\n");
+  const std::string exists = "ASK: Elenco  c:\\sito\\index.htm  gia' esistente, continuo (S/N) -> ";
+  const std::string preview = "ASK: Visualizzo la pagina creata c:\\sito\\";
+  EXPECT_EQ(r.lines, (Texts{"BEEP",
+                            "MSG: Nessun files da elaborare !!!",
+                            "BEEP",
+                            exists + "NO",
+                            "CURSOR: NORMAL",
+                            "BEEP",
+                            preview + "index.htm (S/N)  -> NO",
+                            "BEEP",
+                            exists + "YES",
+                            "CURSOR: BUSY",
+                            "CURSOR: NORMAL",
+                            "BEEP",
+                            preview + "index.htm (S/N)  -> NO",
+                            "Module1.Conferma_Esistente = 1",
+                            "BEEP",
+                            "MSG: Nessun files da elaborare !!!",
+                            "Module1.Conferma_Esistente = 0",
+                            // Command5 opens the page built last.
+                            "RUN: START /max /w c:\\sito\\index.htm -> FAILED",
+                            "RUN: CMD /Cc:\\sito\\index.htm -> FAILED",
+                            "CURSOR: BUSY",
+                            "CURSOR: NORMAL",
+                            "BEEP",
+                            preview + "vetrina uno.htm (S/N)  -> YES",
+                            "RUN: START /max /w vetrina uno.htm -> FAILED",
+                            "RUN: CMD /C vetrina uno.htm -> FAILED",
+                            "RUN: START /max /w c:\\sito\\vetrina uno.htm -> FAILED",
+                            "RUN: CMD /Cc:\\sito\\vetrina uno.htm -> FAILED",
+                            "END"}));
+  EXPECT_EQ(site.Read("index.htm").substr(0, 6), "<HTML>");
+}
+
+TEST(Albums, AlbumsLinksAndPlacesPastTheEnd) {
+  // 20 pictures give 3 albums but a rounded count of 2: album 2's next link
+  // leads home. 18 pictures fill two albums, 23 round up to three.
+  for (int n : {18, 20, 23}) {
+    SCOPED_TRACE(n);
+    Site site(n);
+    RunResult r = site.Run(kIndex + std::string("click Command1\n"), n, "screen 1024\n");
+    EXPECT_EQ(r.Messages(), Texts{});
+    const int albums = (n + 8) / 9;
+    Texts cells;
+    for (int a = 1; a <= albums; ++a) {
+      cells = cells + Cella("pulsante.jpg", "dir_000" + std::to_string(a) + "\\menu.htm",
+                            "SCELTA  " + std::to_string(a));
+    }
+    EXPECT_EQ(site.Read("index.htm"), CrLf(kTesta + Texts{kTabella, "<tr>", " "} + cells + kCoda));
+    const std::string menu1 = site.Read("dir_0001/menu.htm"),
+                      menu2 = site.Read("dir_0002/menu.htm");
+    EXPECT_NE(menu1.find("<a href=\"../index.htm\">prec</a>"), std::string::npos);
+    EXPECT_NE(menu1.find("<a href=\"../dir_0002/menu.htm\">succ</a>"), std::string::npos);
+    EXPECT_NE(menu2.find("<title>menu immagini - pag.2</title>"), std::string::npos);
+    EXPECT_NE(menu2.find("<a href=\"../dir_0001/menu.htm\">prec</a>"), std::string::npos);
+    EXPECT_NE(menu2.find(n == 23 ? "\"../dir_0003/menu.htm\">succ" : "\"../index.htm\">succ"),
+              std::string::npos);
+    EXPECT_EQ(site.Read("dir_0002/img_001.jpg"), "bytes of P10.JPG");
+    EXPECT_EQ(site.Read("dir_0001/img_009.htm"),
+              CrLf({"<html><body>", "<img src=\"img_009.jpg\">", "<a href=\"img_008.htm\">prev</a>",
+                    "<a href=\"img_010.htm\">next</a>",
+                    "<a href=\"../dir_0002/menu.htm\">album</a>", "</body></html>"}));
+    EXPECT_TRUE(site.tree.Exists("c/Foto/p01.jpg") && !site.tree.Exists("c/Foto/P01.JPG"));
+    if (n != 20) continue;
+    EXPECT_EQ(
+        site.tree.Tree("c/Sito/dir_0003"),
+        (Texts{"img_001.htm", "img_001.jpg", "img_002.htm", "img_002.jpg", "menu.htm",
+               "puls_dx3.jpg", "puls_su3.jpg", "puls_sx3.jpg", "sfondo_1.gif", "sfondo_2.gif"}));
+    // Places past the end of the list keep a name that ends in its dot.
+    const std::string menu3 = site.Read("dir_0003/menu.htm");
+    EXPECT_NE(menu3.find("<a href=\"../dir_0002/menu.htm\">prec</a>"), std::string::npos);
+    EXPECT_NE(menu3.find("<a href=\"../index.htm\">succ</a>"), std::string::npos);
+    EXPECT_NE(menu3.find("<img src=\"img_002.jpg\"></a>\r\n<a href=\"img_003.htm\"><img "
+                         "src=\"img_003.\">"),
+              std::string::npos);
+  }
+}
+
+TEST(Albums, CapitalsMediaEntriesRowWrapAndAlbumSizesBelowOne) {
+  Site site;
+  for (const char* f : {"Musica/Canto.mp3", "a.gif", "b.jpg"})
+    site.tree.Write(std::string("c/Foto/") + f, f);
+  site.Run(
+      "add C:\\Foto\\Musica\\Canto.mp3\nadd C:\\Foto\\a.gif\nadd C:\\Foto\\b.jpg\n"
+      "set txtMAX_N_FILES 1\nset txtMAX_PER_RIGA 2\nclick Option1\nset txtNUM_FILE 3\n" +
+      std::string(kIndex) + "click Command1\n");
+  // With no folder chosen the direct link is the bare name, and its label.
+  EXPECT_EQ(
+      site.Read("INDEX.HTM"),
+      CrLf(kTesta + Texts{kTabella, "<tr>", " "} + Cella("PULSANTE.JPG", "CANTO.MP3", "CANTO.MP3") +
+           Cella("PULSANTE.JPG", "DIR_0002\\MENU.HTM", "SCELTA  2") +
+           Texts{" ", "</tr>", "<tr>", " "} +
+           Cella("PULSANTE.JPG", "DIR_0003\\MENU.HTM", "SCELTA  3") + kCoda));
+  EXPECT_EQ(site.Read("DIR_0001/IMG_001.MP3"), "Musica/Canto.mp3");
+  EXPECT_EQ(site.Read("DIR_0002/IMG_001.GIF"), "a.gif");
+  const std::string menu = site.Read("DIR_0002/MENU.HTM");
+  EXPECT_NE(menu.find("<a href=\"../DIR_0001/MENU.HTM\">prec</a>"), std::string::npos);
+  EXPECT_NE(menu.find("<img src=\"img_001.GIF\">"), std::string::npos) << menu;
+  // An album size below one gives one album per entry, with links that lead.
+  for (const char* size : {"0", "", "-2"}) {
+    Site small(3);
+    small.Run(std::string("set txtMAX_N_FILES ") + size + "\n" + kIndex + "click Command1\n", 3);
+    EXPECT_NE(small.Read("index.htm").find("SCELTA  3</A>"), std::string::npos) << size;
+    EXPECT_NE(small.Read("dir_0001/menu.htm").find("../dir_0002/menu.htm\">succ"),
+              std::string::npos);
+    EXPECT_NE(small.Read("dir_0003/menu.htm").find("../index.htm\">succ"), std::string::npos);
+    EXPECT_EQ(small.Read("dir_0002/img_001.jpg"), "bytes of P02.JPG");
+  }
+}
+
+TEST(Albums, CopyAndPageFailuresAreToldAndTheLoopEnds) {
+  Site site(3);
+  site.tree.Write("c/Foto/a.jpg", "small a");
+  site.tree.Write("c/Foto/A.JPG", "capital A");
+  std::filesystem::remove(site.tree.Path("c/PROG/puls_su3.jpg"));
+  RunResult r = site.Run(
+      "add C:\\Foto\\A.JPG\nadd C:\\Foto\\P01.JPG\nadd <C:\\Foto\\Sub>\nadd C:\\Foto\\P02.JPG\n"
+      "set txtMAX_N_FILES 2\nset txtNUM_FILE 4\n" +
+      std::string(kIndex) + "click Command1\n");
+  // The copy took the entry's own file, and both files stay.
+  EXPECT_EQ(site.Read("dir_0001/img_001.jpg") + site.tree.Read("c/Foto/a.jpg"), "capital Asmall a");
+  EXPECT_EQ(r.Messages(),
+            (Texts{"Errore nella copia dell'immagine puls_su3.jpg{CR}{LF}ERR= 53 - Impossibile "
+                   "trovare il file{CR}{CR}Copia C:\\PROG\\puls_su3.jpg "
+                   "c:\\sito\\dir_0001\\puls_su3.jpg",
+                   "Errore nella copia delle immagini ERR= 52 - Nome o numero di file non "
+                   "valido{CR}{CR}Copia <c:\\foto\\sub> c:\\sito\\dir_0002\\img_001.ub>",
+                   // The page step still runs for that entry, numbered 000.
+                   "Errore nella copia singoli HTML ERR= 53 - Impossibile trovare il "
+                   "file{CR}{CR}Copia c:\\prog\\vetrina-foto_default\\dir_0001\\img_000.htm "
+                   "c:\\sito\\dir_0002\\img_000.htm"}));
+  // The loop ended at the folder entry: its album has its cell and an empty
+  // page 000 but no menu, and the last entry was not taken.
+  EXPECT_EQ(site.Read("dir_0002/img_000.htm"), "");
+  EXPECT_FALSE(site.tree.Exists("c/Sito/dir_0002/menu.htm"));
+  EXPECT_FALSE(site.tree.Exists("c/Sito/dir_0002/img_002.jpg"));
+  EXPECT_NE(site.Read("index.htm").find("SCELTA  2</A>"), std::string::npos);
+
+  // A missing per-picture template ends the loop; an empty one gives an
+  // empty page and no message.
+  Site gap(3);
+  std::filesystem::remove(gap.tree.Path("c/PROG/VETRINA-FOTO_DEFAULT/dir_0001/IMG_002.HTM"));
+  gap.tree.Write("c/PROG/VETRINA-FOTO_DEFAULT/dir_0001/IMG_001.HTM", "");
+  r = gap.Run(kIndex + std::string("click Command1\n"), 3);
+  EXPECT_EQ(r.Messages(), Texts{"Errore nella copia singoli HTML ERR= 53 - Impossibile trovare il "
+                                "file{CR}{CR}Copia c:\\prog\\vetrina-foto_default\\dir_0001\\"
+                                "img_002.htm c:\\sito\\dir_0001\\img_002.htm"});
+  EXPECT_EQ(gap.Read("dir_0001/img_001.htm") + gap.Read("dir_0001/img_002.htm"), "");
+  EXPECT_FALSE(gap.tree.Exists("c/Sito/dir_0001/img_003.jpg"));
+  EXPECT_FALSE(gap.tree.Exists("c/Sito/dir_0001/menu.htm"));
+}
+
+TEST(PagedBuild, PagesAlbumsAndTheFinalPage) {
+  for (int n : {9, 10, 20}) {
+    SCOPED_TRACE(n);
+    Site site(n);
+    RunResult r = site.Run(kIndex + std::string("click Command4\nprint Module1.Num_Pagina\n"
+                                                "print List1.ListCount\n"),
+                           n);
+    const int pages = (n + 8) / 9;
+    EXPECT_TRUE(
+        r.Has("ASK: Visualizzo la prima pagina creata c:\\sito\\index.htm (S/N)  -> NO\n"
+              "Module1.Num_Pagina = " +
+              std::to_string(pages) + "\nList1.ListCount = " + std::to_string(pages)))
+        << r.out;
+    for (int p = 1; p <= pages; ++p) {
+      const std::string page = site.Read("pag_" + std::to_string(p) + ".htm");
+      const std::string album = "dir_000" + std::to_string(p);
+      EXPECT_NE(page.find("<A HREF=\"" + album + "\\menu.htm\">\r\nSCELTA  " + std::to_string(p)),
+                std::string::npos);
+      EXPECT_NE(page.find("<a href=\"index.htm\""), std::string::npos);
+      EXPECT_EQ(site.Read(album + "/img_001.jpg"), "bytes of " + Site::Name((p - 1) * 9 + 1));
+    }
+    // The final page links to the pages by name; its own album stands apart.
+    const std::string index = site.Read("index.htm");
+    EXPECT_NE(index.find("<A HREF=\"pag_1.htm\">\r\npag_1.htm</A>"), std::string::npos);
+    EXPECT_EQ(index.find("Ritorna"), std::string::npos);
+    EXPECT_TRUE(site.tree.Exists("c/Sito/dir_000" + std::to_string(pages + 1) + "/img_001.htm"));
+    EXPECT_FALSE(site.tree.Exists("c/Sito/pag_" + std::to_string(pages + 1) + ".htm"));
+  }
+}
+
+TEST(PagedBuild, RefusalsAndOneYesForTheWholeBuild) {
+  Site site(3);
+  for (const char* f : {"pag_1.htm", "pag_2.htm", "index.htm"})
+    site.tree.Write(std::string("c/Sito/") + f, "old");
+  RunResult r = site.Run(
+      "add C:\\Foto\\P01.JPG\nadd C:\\Foto\\P02.JPG\nadd C:\\Foto\\P03.JPG\n" +
+      std::string(kIndex) +
+      "click Command4\nset txtNUM_FILE 3\nset txtMAX_N_FILES 0\nclick Command4\n"
+      "set txtMAX_N_FILES 2.5\nclick Command4\nset txtMAX_N_FILES -1\nclick Command4\n"
+      "set txtMAX_N_FILES 2\nset txtMAX_PER_RIGA 0.5\nclick Command4\nprint List1.ListCount\n"
+      "set txtMAX_PER_RIGA 1\nanswer yes\nclick Command4\n");
+  const std::string field = "MSG: Indicare numero massimo files per pagina .HTM da elaborare !!!";
+  const Texts expected = {
+      "BEEP",
+      "MSG: Nessun files da elaborare !!!",
+      "BEEP",
+      field,
+      "BEEP",
+      field,
+      "BEEP",
+      field,
+      "BEEP",
+      "MSG: Indicare quante immagini si voglio per ogni riga !!!",
+      "List1.ListCount = 3",
+      "BEEP",
+      "ASK: Elenco  c:\\sito\\pag_1.htm  gia' esistente, continuo (S/N) -> YES"};
+  ASSERT_GE(r.lines.size(), expected.size());
+  EXPECT_EQ(Texts(r.lines.begin(), r.lines.begin() + expected.size()), expected);
+  EXPECT_EQ(r.out.find("gia' esistente", r.out.find("pag_1.htm  gia'") + 20), std::string::npos);
+  EXPECT_NE(site.Read("index.htm"), "old");
+  EXPECT_NE(site.Read("pag_2.htm"), "old");
+}
+
+TEST(UsageDialog, ConfirmGivesTheSimplifiedLayoutAndCancelEnds) {
+  TempTree tree;
+  tree.MakeFolder("c");
+  const std::string start = "drive C c\nprogram C:\\\nstart usage\n";
+  RunResult r = RunScript(
+      start +
+          "print frmALBUM1.Option1.Value\nprint Module1.Tipo_Utilizzo\n"
+          "click frmALBUM1.Command1\nprint Module1.Tipo_Utilizzo\nprint Label6(0).Visible\n"
+          "print Label6(1).Caption\nprint Label6(6).Caption\nprint Label6(3).Caption\n"
+          "print Label6(3).Top\nprint Command1.Visible\nprint txtNOME_FILE_HTM.Visible\n"
+          "print Option2.Visible\nprint Command4.Visible\nprint txtNOME_FILE_HTM.Text\n",
+      tree.root());
+  EXPECT_EQ(r.out,
+            "frmALBUM1.Option1.Value = True\nModule1.Tipo_Utilizzo = 0\nModule1.Tipo_Utilizzo = 1\n"
+            "Label6(0).Visible = False\nLabel6(1).Caption = 1\nLabel6(6).Caption = 4\n"
+            "Label6(3).Caption = 3\nLabel6(3).Top = 2940\nCommand1.Visible = False\n"
+            "txtNOME_FILE_HTM.Visible = False\nOption2.Visible = False\nCommand4.Visible = True\n"
+            "txtNOME_FILE_HTM.Text = C:\\\\index.htm\n");
+  r = RunScript(start +
+                    "click frmALBUM1.Option2\nclick frmALBUM1.Command1\n"
+                    "print Command1.Visible\nprint Module1.Tipo_Utilizzo\n"
+                    "click frmALBUM1.Command2\nprint Command1.Visible\n",
+                tree.root());
+  EXPECT_EQ(r.out, "Command1.Visible = True\nModule1.Tipo_Utilizzo = 2\nEND\n");
+  // Before Conferma the main window is not there.
+  EXPECT_EQ(RunScript(start + "print Command1.Visible\n", tree.root()).status, 2);
+}
+
+}  // namespace
+}  // namespace vf::test

@@ -1,0 +1,171 @@
+// The file layer's Windows rules, its text-file slots, the faults a script
+// plants in it, and the exact disk operations of a build.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "commands/creazione_index.h"
+#include "platform/failure.h"
+#include "platform/fault_injection.h"
+#include "platform/text_slots.h"
+#include "tests/support/banco.h"
+
+namespace vf {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+int Write(FileSystem& fs, const std::string& path) {
+  std::unique_ptr<OutputFile> file;
+  int failure = fs.OpenOutput(path, &file);
+  return failure != kOk ? failure : file->Close();
+}
+
+Lines Names(FileSystem& fs, const std::string& folder) {
+  Lines names;
+  for (const FolderEntry& entry : fs.ListFolder(folder).entries) names.push_back(entry.name);
+  return names;
+}
+
+TEST(FileLayer, WindowsRulesAndFailureNumbers) {
+  MemoryFileSystem fs;
+  fs.AddDrive('D', true);
+  fs.AddFile("C:\\a.jpg", "small");
+  fs.AddFile("C:\\A.JPG", "capital");
+  fs.AddFile("C:\\b.jpg", "b");
+  fs.AddFile("D:\\cd.jpg", "cd");
+  fs.AddFolder("C:\\Dir\\Sub");
+  // The exact spelling first, else the first in name order.
+  EXPECT_EQ(Write(fs, "C:\\A.jpg"), kOk);
+  EXPECT_EQ(fs.Contents("C:\\a.jpg"), "small");
+  EXPECT_EQ(Names(fs, "C:\\"), (Lines{"A.jpg", "a.jpg", "b.jpg", "Dir"}));
+  std::unique_ptr<InputFile> in;
+  const std::pair<int, int> rows[] = {
+      {fs.Copy("C:\\b.jpg", "C:\\B.JPG"), kErroreAccesso},
+      {fs.Rename("C:\\b.jpg", "C:\\a.jpg"), kFileEsistente},
+      {fs.Rename("C:\\nope.jpg", "C:\\x.jpg"), kFileNonTrovato},
+      {fs.Copy("D:\\cd.jpg", "C:\\cd.jpg"), kOk},
+      {Write(fs, "D:\\x.htm"), kErroreAccesso},
+      {fs.Copy("C:\\b.jpg", "D:\\b.jpg"), kErroreAccesso},
+      {fs.MakeFolder("D:\\dir"), kErroreAccesso},
+      {fs.Rename("D:\\cd.jpg", "D:\\CD.JPG"), kErroreAccesso},
+      {Write(fs, "C:\\nope\\x.htm"), kPercorsoNonTrovato},
+      {Write(fs, "Q:\\x.htm"), kPercorsoNonTrovato},
+      {fs.Copy("C:\\b.jpg", "C:\\b.jpg\\x.jpg"), kPercorsoNonTrovato},
+      {fs.Copy("<C:\\Foto\\Sub>", "C:\\x.jpg"), kNomeNonValido},
+      // A text ending in a backslash names a folder, never a file to make.
+      {fs.Copy("C:\\b.jpg", "C:\\new\\"), kPercorsoNonTrovato},
+      {Write(fs, "C:\\b.jpg\\"), kPercorsoNonTrovato},
+      {fs.OpenInput("C:\\b.jpg/", &in), kPercorsoNonTrovato},
+      {fs.Rename("C:\\dir", "C:\\DIR\\sub\\x"), kErroreAccesso},
+      {fs.MakeFolder("C:\\DIR"), kErroreAccesso},
+  };
+  for (size_t i = 0; i < std::size(rows); ++i) EXPECT_EQ(rows[i].first, rows[i].second) << i;
+  EXPECT_EQ(Names(fs, "C:\\"), (Lines{"A.jpg", "a.jpg", "b.jpg", "cd.jpg", "DIR"}));
+  EXPECT_EQ(fs.log(), (Lines{"WRITE C:\\A.jpg", "COPY D:\\cd.jpg -> C:\\cd.jpg"}));
+}
+
+TEST(FileLayer, PlantedFaultsMatchTheSamePlace) {
+  MemoryFileSystem memory;
+  memory.AddFile("C:\\a.jpg", "a");
+  memory.AddFolder("C:\\sito");
+  FaultInjectingFileSystem fs(memory);
+  fs.AddFailure("C:\\SITO\\index.htm", kDiscoPieno);
+  fs.AddFailure("c:/sito/./dir_0001", kErroreAccesso);
+  fs.AddFailure("<bad>", kDiscoPieno);  // names nothing: no rule
+  ASSERT_EQ(fs.SetCurrentFolder("C:\\Sito"), kOk);
+  EXPECT_EQ(Write(fs, "index.htm"), kDiscoPieno);
+  EXPECT_EQ(fs.Copy("C:\\a.jpg", "C:\\sito\\INDEX.HTM"), kDiscoPieno);
+  EXPECT_EQ(fs.Rename("C:\\a.jpg", "\\sito\\index.htm"), kDiscoPieno);
+  EXPECT_EQ(fs.MakeFolder("dir_0001"), kErroreAccesso);
+  EXPECT_EQ(fs.Copy("C:\\a.jpg", "C:\\sito\\index.htm.bak"), kOk);
+  EXPECT_EQ(fs.Copy("C:\\sito\\index.htm.bak", "C:\\b.jpg"), kOk);
+  EXPECT_EQ(fs.CurrentFolder(), "C:\\Sito\\");
+  EXPECT_EQ(memory.log(), (Lines{"COPY C:\\a.jpg -> C:\\sito\\index.htm.bak",
+                                 "COPY C:\\sito\\index.htm.bak -> C:\\b.jpg"}));
+}
+
+Lines Read(const std::string& bytes) {
+  MemoryFileSystem fs;
+  fs.AddFile("C:\\t.txt", bytes);
+  TextSlots slots(fs);
+  EXPECT_EQ(slots.OpenForReading(3, "C:\\t.txt"), kOk);
+  Lines lines;
+  std::string line;
+  while (!slots.AtEnd(3) && slots.ReadLine(3, &line) == kOk) lines.push_back(line);
+  EXPECT_EQ(slots.ReadLine(3, &line), kErroreAccesso);  // past the end
+  return lines;
+}
+
+TEST(FileLayer, TextSlots) {
+  EXPECT_EQ(Read("a\r\nb\r\n"), (Lines{"a", "b"}));
+  EXPECT_EQ(Read("a\rb\n c\r\n\r\nlast"), (Lines{"a", "b\n c", "", "last"}));
+  EXPECT_EQ(Read(std::string("\0\xE0\r\n", 4)), (Lines{std::string("\0\xE0", 2)}));
+  EXPECT_EQ(Read("\r"), (Lines{""}));
+  EXPECT_EQ(Read(""), Lines{});
+  // A CR LF split across the reading chunk still ends one line.
+  const std::string big(65535, 'x');
+  EXPECT_EQ(Read(big + "\r\nz"), (Lines{big, "z"}));
+
+  MemoryFileSystem fs;
+  fs.AddFile("C:\\T\\IMG_001.HTM", "template\r\n");
+  TextSlots slots(fs);
+  std::string line;
+  EXPECT_EQ(slots.ReadLine(1, &line), kNomeNonValido);
+  EXPECT_EQ(slots.WriteLine(1, "x"), kNomeNonValido);
+  EXPECT_TRUE(slots.AtEnd(1));
+  EXPECT_EQ(slots.Close(1), kOk);
+  ASSERT_EQ(slots.OpenForWriting(1, "C:\\page.htm"), kOk);
+  EXPECT_EQ(slots.ReadLine(1, &line), kNomeNonValido);
+  EXPECT_EQ(slots.WriteLine(1, "<p>\n") + slots.WriteLine(1, ""), kOk);
+  EXPECT_EQ(slots.Close(1), kOk);
+  EXPECT_EQ(fs.Contents("C:\\page.htm"), "<p>\n\r\n\r\n");
+  EXPECT_EQ(slots.OpenForReading(2, "C:\\missing.htm"), kFileNonTrovato);
+  EXPECT_EQ(slots.ReadLine(2, &line), kNomeNonValido);
+  // A file open in another slot, by any spelling, is not emptied.
+  ASSERT_EQ(slots.OpenForReading(3, "C:\\T\\IMG_001.HTM"), kOk);
+  EXPECT_EQ(slots.OpenForWriting(4, "c:\\t\\.\\img_001.htm"), kErroreAccesso);
+  ASSERT_EQ(slots.OpenForWriting(1, "C:\\T\\index.htm"), kOk);
+  EXPECT_EQ(slots.OpenForWriting(4, "C:\\T\\INDEX.HTM"), kErroreAccesso);
+  EXPECT_EQ(slots.ReadLine(3, &line), kOk);
+  EXPECT_EQ(line, "template");
+  // Its own slot is closed first, and a closed file is free again.
+  EXPECT_EQ(slots.OpenForWriting(1, "C:\\T\\index.htm"), kOk);
+  EXPECT_EQ(slots.Close(3), kOk);
+  EXPECT_EQ(slots.OpenForWriting(4, "C:\\T\\IMG_001.HTM"), kOk);
+}
+
+TEST(FileLayer, ABuildDoesExactlyItsOperationsInOrder) {
+  test::Banco b;
+  b.ui.program_folder = "C:\\P";
+  for (const char* f : {"MENU.HTM", "INTESTAZ.HTM", "PIEDE.HTM", "puls_sx3.jpg"}) {
+    b.fs.AddFile(std::string("C:\\P\\") + f, "x\r\n");
+  }
+  b.fs.AddFile("C:\\P\\VETRINA-FOTO_DEFAULT\\dir_0001\\IMG_001.HTM",
+               "<img src=\"img_001.jpg\">\r\n");
+  b.fs.AddFile("C:\\F\\A.JPG", "picture");
+  b.fs.AddFolder("C:\\S");
+  b.v.frmALBUM.List1.AddItem("C:\\F\\A.JPG");
+  b.v.frmALBUM.txtNUM_FILE.Text = "1";
+  b.v.frmALBUM.txtNOME_FILE_HTM.Text = "C:\\S\\index.htm";
+  Command1_Click(b.v);
+  EXPECT_EQ(b.fs.log(),
+            (Lines{"WRITE C:\\s\\index.htm", "RENAME C:\\F\\A.JPG -> C:\\f\\a.jpg",
+                   "MKDIR C:\\s\\dir_0001", "COPY C:\\f\\a.jpg -> C:\\s\\dir_0001\\img_001.jpg",
+                   "WRITE C:\\s\\dir_0001\\img_001.htm",
+                   "COPY C:\\P\\puls_sx3.jpg -> C:\\s\\dir_0001\\puls_sx3.jpg",
+                   "WRITE C:\\s\\dir_0001\\menu.htm",
+                   // The site files that are there; the missing ones leave no trace.
+                   "COPY C:\\P\\INTESTAZ.HTM -> C:\\s\\intestaz.htm",
+                   "COPY C:\\P\\PIEDE.HTM -> C:\\s\\piede.htm"}));
+  EXPECT_EQ(b.fs.Contents("c:\\s\\dir_0001\\img_001.htm"), "<img src=\"img_001.jpg\">\r\n");
+  EXPECT_EQ(b.fs.Contents("C:\\S\\DIR_0001\\IMG_001.JPG"), "picture");
+  // Four missing album pictures, one message each, and nothing else.
+  int messages = 0;
+  for (const std::string& e : b.ui.events) messages += e.starts_with("MSG: ");
+  EXPECT_EQ(messages, 4);
+}
+
+}  // namespace
+}  // namespace vf

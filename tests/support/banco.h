@@ -1,0 +1,87 @@
+#ifndef VF_TESTS_SUPPORT_BANCO_H_
+#define VF_TESTS_SUPPORT_BANCO_H_
+
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/user_ops.h"
+#include "shell/avvio.h"
+#include "shell/vetrina.h"
+#include "tests/support/memory_file_system.h"
+
+namespace vf::test {
+
+// UserOps that records each event as one line in the runner's printed forms
+// ("BEEP", "MSG: text", "ASK: text -> YES", "CURSOR: BUSY", "DIALOG: title |
+// start | pattern -> result", "RUN: line -> OK", "END"). Answers and dialog
+// results come from queues (empty: No and ""). Repaints are counted and may
+// run a hook, as a command started at a repaint point would.
+class RecordingUi : public UserOps {
+ public:
+  void Message(const std::string& text) override { events.push_back("MSG: " + text); }
+  bool Question(const std::string& text) override {
+    const bool yes = !answers.empty() && answers.front();
+    if (!answers.empty()) answers.pop_front();
+    events.push_back("ASK: " + text + (yes ? " -> YES" : " -> NO"));
+    return yes;
+  }
+  void Beep() override { events.push_back("BEEP"); }
+  void Cursor(bool busy) override { events.push_back(busy ? "CURSOR: BUSY" : "CURSOR: NORMAL"); }
+  void Repaint() override {
+    ++repaints;
+    if (on_repaint) on_repaint();
+  }
+  std::string FileDialog(const std::string& title, const std::string& start,
+                         const std::string& pattern) override {
+    std::string result = dialog_results.empty() ? "" : dialog_results.front();
+    if (!dialog_results.empty()) dialog_results.pop_front();
+    events.push_back("DIALOG: " + title + " | " + start + " | " + pattern + " -> " + result);
+    return result;
+  }
+  double ScreenWidthTwips() override { return screen_pixels * 15.0; }
+  double TwipsPerPixelX() override { return 15.0; }
+  std::string ProgramFolder() override { return program_folder; }
+  bool StartCommand(const std::string& line) override {
+    events.push_back("RUN: " + line + " -> OK");
+    return true;
+  }
+  [[noreturn]] void End() override {
+    events.push_back("END");
+    throw FineProgramma{};
+  }
+
+  std::vector<std::string> events;
+  std::deque<bool> answers;
+  std::deque<std::string> dialog_results;
+  int repaints = 0;
+  std::function<void()> on_repaint;
+  double screen_pixels = 1024;
+  std::string program_folder = "C:\\VETRINA";
+};
+
+// A started program over a file layer in memory, the start's events dropped.
+struct Banco {
+  Banco() {
+    Main(v);
+    ui.events.clear();
+  }
+  std::vector<std::string> Voci() const {
+    std::vector<std::string> voci;
+    for (int64_t i = 0; i < v.frmALBUM.List1.ListCount(); ++i)
+      voci.push_back(v.frmALBUM.List1.List(i));
+    return voci;
+  }
+  void Aggiungi(const std::vector<std::string>& voci) {
+    for (const std::string& voce : voci) v.frmALBUM.List1.AddItem(voce);
+  }
+
+  MemoryFileSystem fs;
+  RecordingUi ui;
+  Vetrina v{fs, ui};
+};
+
+}  // namespace vf::test
+
+#endif  // VF_TESTS_SUPPORT_BANCO_H_

@@ -1,0 +1,74 @@
+// Case folding, numbers read from and written into texts, and Windows paths.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/case_fold.h"
+#include "platform/failure.h"
+#include "platform/windows_path.h"
+#include "shell/testo.h"
+
+namespace vf {
+namespace {
+
+TEST(Text, CaseFoldingOfAsciiAndLatin1) {
+  EXPECT_EQ(ToUpper("Città.jpg azAZ"), "CITTÀ.JPG AZAZ");
+  EXPECT_EQ(ToLower("ÀÉÌÒÙ ÞÖ azAZ@[`{"), "àéìòù þö azaz@[`{");
+  // × ÷ ß ÿ have no partner in the same range and stay as they are.
+  EXPECT_EQ(ToUpper("×÷ßÿ"), "×÷ßÿ");
+  EXPECT_EQ(ToLower("×÷ßÿ"), "×÷ßÿ");
+  EXPECT_TRUE(EqualIgnoringCase("Foto À.JPG", "foto à.jpg"));
+  EXPECT_FALSE(EqualIgnoringCase("a", "ab"));
+  // A lone lead byte is no letter and must not swallow the byte after it;
+  // C3 80 and C3 BF are the ends of the folded range.
+  EXPECT_EQ(ToLower("\xC3\x41\x42"), "\xC3\x61\x62");
+  EXPECT_EQ(ToUpper("\xC3\xC3\xA0\xC3\xBE"), "\xC3\xC3\x80\xC3\x9E");
+  EXPECT_EQ(ToLower("\xC3\x80\xC3\x7F"), "\xC3\xA0\xC3\x7F");
+  EXPECT_EQ(ToUpper("end\xC3"), "END\xC3");
+}
+
+TEST(Text, LeadingNumbersAndNumberForms) {
+  const std::pair<const char*, double> leading[] = {
+      {"12abc", 12}, {"  9", 9}, {"2.5", 2.5}, {"-3x", -3}, {".5", 0.5}, {"1e3", 1000},
+      {"9e", 9},     {"abc", 0}, {"", 0},      {"-", 0},    {".", 0},    {"1e999", 0}};
+  for (auto [text, value] : leading) EXPECT_EQ(NumeroIniziale(text), value) << text;
+  EXPECT_EQ(Cifre(1, 4) + Cifre(12, 3) + Cifre(1000, 3) + Cifre(0, 3), "0001012000000");
+  EXPECT_EQ(ConBlank(1) + ConBlank(-1), " 1-1");
+  EXPECT_EQ(Decimale(18) + " " + Decimale(2.5), "18 2.5");
+  EXPECT_EQ(ArrotondaPari(2.5) * 100 + ArrotondaPari(3.5) * 10 + ArrotondaPari(1.4), 241);
+  EXPECT_EQ(Trim("  a b  ") + Trim("   "), "a b");
+  EXPECT_EQ(Intero(1e300), Intero(9.3e18));
+}
+
+std::string Parsed(std::string_view text) {
+  ParsedPath out;
+  int failure = ParseWindowsPath(text, ParsedPath{'C', {"sito", "foto"}}, &out);
+  return failure == kOk ? FormatWindowsPath(out) : "ERR " + std::to_string(failure);
+}
+
+TEST(Text, WindowsPaths) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"index.htm", "C:\\sito\\foto\\index.htm"},
+      {"\\sito\\index.htm", "C:\\sito\\index.htm"},
+      {"c:name", "C:\\sito\\foto\\name"},
+      {"d:name", "D:\\name"},
+      {"D:", "D:\\"},
+      {"c:", "C:\\sito\\foto"},
+      {"c:\\sito\\\\index.htm", "C:\\sito\\index.htm"},
+      {"C:/a/b\\c/", "C:\\a\\b\\c"},
+      {"C:\\a\\.\\b\\..\\c", "C:\\a\\c"},
+      {"..\\..\\..\\..\\x", "C:\\x"},
+      {"\\\\server\\share", "C:\\server\\share"},
+      // Blanks and dots at the ends of a name are part of it.
+      {"C:\\a. \\ b...\\...", "C:\\a. \\ b...\\..."},
+      {std::string("a\0b", 3), "ERR 52"},
+  };
+  for (const auto& [text, form] : rows) EXPECT_EQ(Parsed(text), form) << text;
+  for (std::string text : {"", "<C:\\Foto\\Sub>", "C:\\a:b", "a?.jpg", "C:\\*.*", "x|y", "\"q\"",
+                           "1:\\x", "CC:\\x", "C:\\a>b", "C:\\tab\there"}) {
+    EXPECT_EQ(Parsed(text), "ERR 52") << text;
+  }
+}
+
+}  // namespace
+}  // namespace vf
