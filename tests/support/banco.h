@@ -73,6 +73,13 @@ struct Banco {
       voci.push_back(v.frmALBUM.List1.List(i));
     return voci;
   }
+  // The events since the last call, joined by "|".
+  std::string Eventi() {
+    std::string out;
+    for (const std::string& e : ui.events) out += (out.empty() ? "" : "|") + e;
+    ui.events.clear();
+    return out;
+  }
   void Aggiungi(const std::vector<std::string>& voci) {
     for (const std::string& voce : voci) v.frmALBUM.List1.AddItem(voce);
   }

@@ -29,10 +29,18 @@ class MemoryFileSystem : public CaseBlindFileSystem {
   std::optional<std::string> Contents(const std::string& winpath);
   const std::vector<std::string>& log() const { return log_; }
 
-  int OpenOutput(const std::string& path, std::unique_ptr<OutputFile>* file) override;
-  int Copy(const std::string& from, const std::string& to) override;
-  int MakeFolder(const std::string& path) override;
-  int Rename(const std::string& from, const std::string& to) override;
+  int OpenOutput(const std::string& path, std::unique_ptr<OutputFile>* file) override {
+    return Log(CaseBlindFileSystem::OpenOutput(path, file), "WRITE " + Typed(path));
+  }
+  int Copy(const std::string& from, const std::string& to) override {
+    return Log(CaseBlindFileSystem::Copy(from, to), "COPY " + Typed(from) + " -> " + Typed(to));
+  }
+  int MakeFolder(const std::string& path) override {
+    return Log(CaseBlindFileSystem::MakeFolder(path), "MKDIR " + Typed(path));
+  }
+  int Rename(const std::string& from, const std::string& to) override {
+    return Log(CaseBlindFileSystem::Rename(from, to), "RENAME " + Typed(from) + " -> " + Typed(to));
+  }
 
  protected:
   bool IsMapped(char drive) const override { return nodes_.count(std::string{drive, ':'}) != 0; }
@@ -54,10 +62,12 @@ class MemoryFileSystem : public CaseBlindFileSystem {
   };
   // "C:" for a root, "C:\a\b" below it, names as they stand.
   static std::string Key(const Place& place);
-  Node* At(const std::string& key);
   Node& Make(const std::string& key, bool folder);
+  // The entries directly below `key`, in byte order of their names.
+  std::vector<std::pair<std::string, Node*>> Children(const std::string& key);
   void Seed(const std::string& winpath, const std::string* bytes);
   std::string Typed(const std::string& path) const;
+  int Log(int failure, std::string line);
 
   std::map<std::string, Node> nodes_;
   std::set<char> readonly_;

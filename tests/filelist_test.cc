@@ -1,0 +1,338 @@
+// The file list: loading a folder tree, the filter, editing the list, and
+// the dialogs that choose folders and files.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <stdexcept>
+
+#include "filelist/caricamento.h"
+#include "filelist/dialoghi.h"
+#include "filelist/legge_dir.h"
+#include "filelist/modifica_elenco.h"
+#include "platform/host_file_system.h"
+#include "tests/support/banco.h"
+#include "tests/support/e2e.h"
+
+namespace vf::test {
+namespace {
+
+using Voci = std::vector<std::string>;
+const std::string kDialogo = "DIALOG: Ricerca cartelle/directory contenenti Foto/Film/Suoni | ";
+const std::string kCarica = "CURSOR: BUSY|BEEP|CURSOR: NORMAL";
+
+void Files(Banco& b, const Voci& paths) {
+  for (const std::string& p : paths) b.fs.AddFile(p, "");
+}
+
+TEST(Filelist, FilterAndFolderTexts) {
+  const struct {
+    const char *nome, *filtro;
+    bool passa;
+  } rows[] = {{"foto.2003.jpg", "jpg", false},
+              {"foto.2003.jpg", "*", false},
+              {"a.JPG", "  Jpg  ", true},
+              {"a. jpg", "jpg", true},
+              {"x.jpeg", "jpeg", true},
+              {"x.jpeg", "*", false},
+              {"r.\xC3\xA0v", "\xC3\x80V", true},
+              {"jpg", "jpg", false},
+              {"fine.", "*", false},
+              {"a.jpg", " ", false},
+              {"x.htm", "*", false},
+              {"b.BMP", "*", true},
+              {"c.Tif", "*", true},
+              {"d.gif", " * ", true},
+              {"e.wmf", "*", true},
+              {"x.png", "*", false},
+              {"a.jpg", "**", false}};
+  for (const auto& r : rows)
+    EXPECT_EQ(Passa_Filtro(r.nome, r.filtro), r.passa) << r.nome << r.filtro;
+  const std::pair<const char*, const char*> stars[] = {{"C:\\Foto\\*.*", "C:\\Foto\\"},
+                                                       {"C:\\Foto\\*.jpg", "C:\\Foto\\*.jpg"},
+                                                       {"C:\\Foto\\a*b", "C:\\Foto\\a"},
+                                                       {"x*yz", "x"},
+                                                       {"ab*", "ab"},
+                                                       {"***", ""}};
+  for (auto [in, out] : stars) EXPECT_EQ(Togli_Asterischi(in), out) << in;
+  PercorsoDiviso d = Taglia_Percorso("C:\\Foto\\Mare\\a.jpg");
+  EXPECT_EQ(d.Cartella + "|" + d.Nome, "C:\\Foto\\Mare\\|a.jpg");
+  d = Taglia_Percorso("C:a/b.htm");
+  EXPECT_EQ(d.Cartella + "|" + d.Nome, "|C:a/b.htm");
+}
+
+TEST(Filelist, LoadRefusesADotAppendsCountsAndSetsTheButtons) {
+  Banco b;
+  auto& f = b.v.frmALBUM;
+  Files(b, {"C:\\radice.jpg", "D:\\Foto\\p0.jpg", "D:\\Foto\\p1.jpg", "D:\\Foto\\p2.jpg"});
+  f.txtESTENSIONE.Text = "a.b";
+  cmdCONFERMA_Click(b.v);
+  EXPECT_EQ(b.Eventi(), "BEEP|MSG: Indicare solo l'estensione dei files da cercare !!!");
+  EXPECT_EQ(f.txtNUM_FILE.Text, "");
+  // A blank folder text is "c:\"; stars only, the root of the current drive.
+  f.txtESTENSIONE.Text = "jpg";
+  f.txtPATH_RICERCA.Text = "   ";
+  cmdCONFERMA_Click(b.v);
+  f.txtPATH_RICERCA.Text = "***";
+  cmdCONFERMA_Tutti_Click(b.v);
+  EXPECT_EQ(b.Voci(), (Voci{"c:\\radice.jpg", "\\radice.jpg"}));
+  EXPECT_EQ(f.txtESTENSIONE.Text, "*");
+
+  f.List1.Clear();
+  b.Aggiungi({"voce di prima"});
+  b.Eventi();
+  f.txtPATH_RICERCA.Text = "  D:\\Foto\\*.*  ";
+  f.txtMAX_PER_RIGA.Text = "9";
+  int durante = 0;
+  b.ui.on_repaint = [&] {
+    durante += !f.cmdCONFERMA.Enabled && !f.cmdCONFERMA_Tutti.Enabled && b.v.occupato;
+  };
+  cmdCONFERMA_Click(b.v);
+  EXPECT_EQ(durante, 3);
+  EXPECT_EQ(b.Eventi(), kCarica);
+  EXPECT_EQ(f.List1.List(1), "D:\\Foto\\p0.jpg");
+  EXPECT_EQ(f.txtNUM_FILE.Text + f.txtMAX_PER_RIGA.Text, "41");
+  EXPECT_TRUE(f.Command1.Enabled && f.Command4.Enabled && !f.Command5.Enabled);
+  EXPECT_TRUE(f.cmdCONFERMA.Enabled && f.cmdCONFERMA_Tutti.Enabled && !b.v.occupato);
+  // Start folders that give nothing: no message, the load ends as usual.
+  for (const char* cartella : {"C:\\Manca", "Q:\\Foto", "C:\\a|b", "D:\\Foto\\*.jpg"}) {
+    f.List1.Clear();
+    f.txtPATH_RICERCA.Text = cartella;
+    cmdCONFERMA_Click(b.v);
+    EXPECT_EQ(b.Eventi(), kCarica) << cartella;
+    EXPECT_EQ(f.txtNUM_FILE.Text, "0");
+    EXPECT_TRUE(f.Command1.Enabled && f.cmdCONFERMA.Enabled && f.cmdCONFERMA_Tutti.Enabled);
+  }
+  // Pictures per row by the count (a second load counts the first one's
+  // entries too) and the screen's width.
+  const struct {
+    int immagini;
+    double pixel;
+    const char *prima, *seconda;
+  } rows[] = {{54, 1024, "1", "5"}, {55, 799.5, "4", "4"}, {55, 800, "5", "5"}};
+  for (const auto& r : rows) {
+    Banco c;
+    for (int i = 0; i < r.immagini; ++i) c.fs.AddFile("C:\\F\\p" + std::to_string(i) + ".jpg", "");
+    c.ui.screen_pixels = r.pixel;
+    c.v.frmALBUM.txtPATH_RICERCA.Text = "C:\\F";
+    cmdCONFERMA_Click(c.v);
+    EXPECT_EQ(c.v.frmALBUM.txtMAX_PER_RIGA.Text, r.prima) << r.immagini << " " << r.pixel;
+    cmdCONFERMA_Click(c.v);
+    EXPECT_EQ(c.v.frmALBUM.txtMAX_PER_RIGA.Text, r.seconda) << r.immagini << " " << r.pixel;
+  }
+}
+
+TEST(Filelist, ScanOrderFormsDepthAndHiddenNames) {
+  Banco b;
+  Files(b, {"C:\\R\\b.jpg", "C:\\R\\A.JPG", "C:\\R\\note.txt", "C:\\R\\A\\x.gif",
+            "C:\\R\\A\\X\\deep.bmp", "C:\\R\\A\\Y\\y.tif", "C:\\R\\B\\z.wmf",
+            "C:\\R\\.nascosta.jpg", "C:\\R\\.h\\in.jpg", "C:\\S\\solo.jpg"});
+  auto& f = b.v.frmALBUM;
+  f.txtESTENSIONE.Text = "*";
+  Legge_Dir(b.v, "C:\\R");
+  EXPECT_EQ(b.Voci(), (Voci{"C:\\R\\A.JPG", "C:\\R\\b.jpg", "C:\\R\\A\\x.gif",
+                            "C:\\R\\A\\X\\deep.bmp", "C:\\R\\A\\Y\\y.tif", "C:\\R\\B\\z.wmf"}));
+  // One repaint per entry and one at the end of each folder with subfolders.
+  EXPECT_EQ(b.ui.repaints, 8);
+  EXPECT_EQ(b.Eventi(), "");
+  // A trailing backslash gives the same entries, in the typed case.
+  Legge_Dir(b.v, "c:\\r\\");
+  ASSERT_EQ(f.List1.ListCount(), 12);
+  EXPECT_EQ(f.List1.List(11), "c:\\r\\B\\z.wmf");
+  // No filter: folders only, each before its tree, the start folder left out.
+  f.List1.Clear();
+  f.txtESTENSIONE.Text = "  ";
+  Legge_Dir(b.v, "C:\\R");
+  Legge_Dir(b.v, "C:\\S");
+  EXPECT_EQ(b.Voci(), (Voci{"<C:\\R\\A>", "<C:\\R\\A\\X>", "<C:\\R\\A\\Y>", "<C:\\R\\B>"}));
+  // The list emptied after the second entry, the filter cleared after the
+  // fourth: the scan appends to what is left and reads the filter anew.
+  f.List1.Clear();
+  f.txtESTENSIONE.Text = "*";
+  int n = 0;
+  b.ui.on_repaint = [&] {
+    if (++n == 2) f.List1.Clear();
+    if (n == 4) f.txtESTENSIONE.Text = "";
+  };
+  Legge_Dir(b.v, "C:\\R");
+  EXPECT_EQ(b.Voci(),
+            (Voci{"C:\\R\\A\\x.gif", "C:\\R\\A\\X\\deep.bmp", "<C:\\R\\A\\Y>", "<C:\\R\\B>"}));
+
+  // No limit on names in a folder; folders at levels 0 to 52 with one
+  // picture each: levels 0 to 50 are read, and without a filter level 50
+  // still names its subfolder.
+  Banco d;
+  for (int i = 0; i < 600; ++i) {
+    Files(d, {"C:\\R\\p" + std::to_string(1000 + i) + ".jpg",
+              "C:\\R\\d" + std::to_string(1000 + i) + "\\in.jpg"});
+  }
+  d.v.frmALBUM.txtESTENSIONE.Text = "*";
+  Legge_Dir(d.v, "C:\\R");
+  ASSERT_EQ(d.v.frmALBUM.List1.ListCount(), 1200);
+  EXPECT_EQ(d.v.frmALBUM.List1.List(599), "C:\\R\\p1599.jpg");
+  EXPECT_EQ(d.v.frmALBUM.List1.List(1100), "C:\\R\\d1500\\in.jpg");
+  std::string cartella = "C:\\L", livello50;
+  for (int livello = 0; livello <= 52; ++livello, cartella += "\\s") {
+    d.fs.AddFile(cartella + "\\p.jpg", "");
+    if (livello == 50) livello50 = cartella;
+  }
+  for (const char* filtro : {"*", ""}) {
+    d.v.frmALBUM.List1.Clear();
+    d.v.frmALBUM.txtESTENSIONE.Text = filtro;
+    Legge_Dir(d.v, "C:\\L");
+    ASSERT_EQ(d.v.frmALBUM.List1.ListCount(), 51);
+    EXPECT_EQ(d.v.frmALBUM.List1.List(50),
+              *filtro ? livello50 + "\\p.jpg" : "<" + livello50 + "\\s>");
+    EXPECT_EQ(d.v.frmALBUM.scansione.Livello, 0);
+  }
+}
+
+TEST(Filelist, ScanOfHostLinksOddBytesAndRefusedFolders) {
+  TempTree t;
+  HostFileSystem fs{{DriveMapping{'C', t.root().string(), false}}};
+  RecordingUi ui;
+  Vetrina v{fs, ui};
+  const std::string strano = "\xff\xfe \xC3\xA9t\xC3\xA9 .jpg ";
+  for (const std::string& p :
+       Voci{"R/a.jpg", "R/A/b.jpg", "R/" + strano, "R/a?b/no.jpg", "X/c.jpg"}) {
+    t.Write(p, "");
+  }
+  for (auto [target, at] : {std::pair{"..", "R/A/su"}, {"../X", "R/L"}, {"../X", "R/M"}}) {
+    ASSERT_EQ(::symlink(target, t.Path(at).c_str()), 0);
+  }
+  v.frmALBUM.txtESTENSIONE.Text = "jpg";
+  Legge_Dir(v, "C:\\R");
+  // The loop back to R ends, X is read once, the folder with "?" is skipped.
+  Voci voci;
+  for (int64_t i = 0; i < v.frmALBUM.List1.ListCount(); ++i)
+    voci.push_back(v.frmALBUM.List1.List(i));
+  EXPECT_EQ(voci, (Voci{"C:\\R\\a.jpg", "C:\\R\\" + strano, "C:\\R\\A\\b.jpg", "C:\\R\\L\\c.jpg"}));
+  EXPECT_TRUE(ui.events.empty());
+}
+
+TEST(Filelist, RemovalAskAboutTheCurrentEntryOrRebuildInOrder) {
+  Banco b;
+  auto& l = b.v.frmALBUM.List1;
+  cmdCANC_FILE_Click(b.v);  // empty list: nothing
+  b.Aggiungi({"C:\\F\\a.jpg", "C:\\F\\b.jpg", "C:\\F\\c.jpg"});
+  l.SetSelected(0, true);
+  for (int64_t corrente : {-1, 3}) {  // none, or past the end
+    l.ListIndex = corrente;
+    cmdCANC_FILE_Click(b.v);
+  }
+  const std::string msg = "BEEP|MSG: SELEZIONARE UN FILE IN ELENCO tra i possibili  3 files !!!";
+  EXPECT_EQ(b.Eventi(), msg + "|" + msg);
+  // The entry named and removed is the current one, not the selected one.
+  l.ListIndex = 2;
+  cmdCANC_FILE_Click(b.v);
+  EXPECT_EQ(b.Eventi(),
+            "ASK: Confermi la cancellazione di C:\\F\\c.jpg dal solo elenco (S/N)  -> NO");
+  b.ui.answers.push_back(true);
+  cmdCANC_FILE_Click(b.v);
+  EXPECT_EQ(b.Voci(), (Voci{"C:\\F\\a.jpg", "C:\\F\\b.jpg"}));
+  EXPECT_TRUE(l.Selected(0));
+  b.Eventi();
+
+  // Several selected, far past the 1000 entries of the old table: the rest
+  // stays in order, the position goes, the counter stays as typed.
+  l.Clear();
+  Voci tutte, rimaste;
+  for (int i = 0; i < 2500; ++i) tutte.push_back("p" + std::to_string(i));
+  b.Aggiungi(tutte);
+  l.ListIndex = 7;
+  cmdCANC_FILE_Click(b.v);  // nothing selected: all stay
+  EXPECT_EQ(b.Voci(), tutte);
+  EXPECT_EQ(l.ListIndex, -1);
+  for (int i = 0; i < 2500; ++i) {
+    if (i % 3 == 0) l.SetSelected(i, true);
+    if (i % 3 != 0) rimaste.push_back(tutte[static_cast<size_t>(i)]);
+  }
+  b.v.frmALBUM.txtNUM_FILE.Text = "2500";
+  cmdCANC_FILE_Click(b.v);
+  EXPECT_EQ(b.Voci(), rimaste);
+  EXPECT_FALSE(l.Selected(0));
+  EXPECT_EQ(b.v.frmALBUM.txtNUM_FILE.Text, "2500");
+  EXPECT_EQ(b.Eventi(), "");
+  Option3_Click(b.v, 0);  // all selected
+  cmdCANC_FILE_Click(b.v);
+  EXPECT_EQ(l.ListCount(), 0);
+}
+
+TEST(Filelist, SelectAllNewListAndAddOneFile) {
+  Banco b;
+  auto& f = b.v.frmALBUM;
+  b.Aggiungi({"a", "b"});
+  Option3_Click(b.v, 0);
+  EXPECT_TRUE(f.List1.Selected(0) && f.List1.Selected(1));
+  Option3_Click(b.v, 7);  // any index but 0 deselects
+  EXPECT_FALSE(f.List1.Selected(0) || f.List1.Selected(1));
+  f.txtNUM_FILE.Text = "2";
+  Command2_Click(b.v);
+  EXPECT_EQ(f.List1.ListCount(), 0);
+  EXPECT_EQ(f.txtNUM_FILE.Text, "2");
+  // Given up: Dir_Base is set all the same, nothing else happens.
+  f.txtPATH_RICERCA.Text = "C:\\Foto\\scatto.jpg";
+  cmdIns_File_Click(b.v);
+  EXPECT_EQ(b.v.Module1.Dir_Base, "C:\\Foto\\");
+  EXPECT_FALSE(f.Command5.Enabled);
+  // A film, trimmed only, the "/" kept; the folder text does not follow.
+  b.ui.dialog_results = {"  D:\\Film\\vacanze.avi/x  ", "D:\\Film\\vacanze.avi/x"};
+  cmdIns_File_Click(b.v);
+  cmdIns_File_Click(b.v);
+  EXPECT_EQ(b.Voci(), (Voci{"D:\\Film\\vacanze.avi/x", "D:\\Film\\vacanze.avi/x"}));
+  EXPECT_EQ(f.txtNUM_FILE.Text, "2");
+  EXPECT_TRUE(f.Command1.Enabled && f.Command4.Enabled && f.Command5.Enabled);
+  EXPECT_EQ(f.txtPATH_RICERCA.Text + b.v.Module1.Dir_Base, "C:\\Foto\\scatto.jpgC:\\Foto\\");
+}
+
+TEST(Filelist, FolderDialogs) {
+  Banco b;
+  auto& f = b.v.frmALBUM;
+  f.txtPATH_RICERCA.Text = "C:\\Foto\\scatto.jpg";
+  Command3_Click(b.v);  // given up
+  EXPECT_EQ(b.Eventi(), "BEEP|" + kDialogo + "C:\\Foto\\ | *.* -> ");
+  EXPECT_EQ(b.ui.repaints, 1);
+  EXPECT_EQ(f.txtPATH_RICERCA.Text + b.v.Module1.Dir_Base, "C:\\Foto\\scatto.jpgC:\\Foto\\");
+  b.ui.dialog_results = {" D:\\Img\\Mare\\a.jpg ", "E:\\Uno\\x.jpg/altro\\y.jpg", "*.*"};
+  Command3_Click(b.v);
+  EXPECT_EQ(f.txtPATH_RICERCA.Text + b.v.Module1.Dir_Base, "D:\\Img\\Mare\\D:\\Img\\Mare\\");
+  Command7_Click(b.v);  // what follows a "/" goes before the split
+  EXPECT_EQ(f.txtPATH_RICERCA.Text + b.v.Module1.Dir_Base, "E:\\Uno\\E:\\Uno\\");
+  // No backslash in the result: the old text's folder part comes back.
+  f.txtPATH_RICERCA.Text = "C:\\Foto\\scatto.jpg";
+  Command3_Click(b.v);
+  EXPECT_EQ(f.txtPATH_RICERCA.Text, "C:\\Foto\\");
+  // The output folder keeps the page's name; without a backslash in the
+  // result the page moves to the program's folder.
+  f.txtNOME_FILE_HTM.Text = "C:\\Sito\\index.htm";
+  b.ui.dialog_results = {"D:\\Web\\x.htm", "x.htm/y", "D:\\W\\a\\b.htm/c\\d"};
+  Command6_Click(b.v);
+  EXPECT_EQ(f.txtNOME_FILE_HTM.Text + b.v.Module1.Dir_Base, "D:\\Web\\index.htmD:\\Web\\");
+  Command6_Click(b.v);
+  EXPECT_EQ(f.txtNOME_FILE_HTM.Text, "C:\\VETRINA\\index.htm");
+  f.txtNOME_FILE_HTM.Text = "pagina.htm";
+  Command6_Click(b.v);
+  EXPECT_EQ(f.txtNOME_FILE_HTM.Text, "D:\\W\\a\\pagina.htm");
+}
+
+// A dialog that breaks down is taken as one the user gave up on.
+struct DialogoRotto : RecordingUi {
+  std::string FileDialog(const std::string&, const std::string&, const std::string&) override {
+    throw std::runtime_error("componente mancante");
+  }
+};
+
+TEST(Filelist, AFailingDialogGivesTheEmptyResult) {
+  MemoryFileSystem fs;
+  DialogoRotto ui;
+  Vetrina v(fs, ui);
+  v.frmALBUM.txtPATH_RICERCA.Text = "C:\\Foto\\x";
+  v.frmALBUM.txtNOME_FILE_HTM.Text = "C:\\Sito\\index.htm";
+  Command3_Click(v);
+  Command6_Click(v);
+  EXPECT_EQ(v.frmALBUM.txtPATH_RICERCA.Text + v.frmALBUM.txtNOME_FILE_HTM.Text,
+            "C:\\Foto\\xC:\\Sito\\index.htm");
+  EXPECT_EQ(ui.repaints, 2);
+}
+
+}  // namespace
+}  // namespace vf::test
