@@ -74,6 +74,15 @@ void TempTree::MakeFolder(const std::string& relative) const {
 
 std::string TempTree::Read(const std::string& relative) const { return Slurp(Path(relative)); }
 
+std::string TempTree::Text(const std::string& relative) const {
+  const std::string bytes = Read(relative);
+  std::string text;
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    if (bytes[i] != '\r' || i + 1 == bytes.size() || bytes[i + 1] != '\n') text += bytes[i];
+  }
+  return text;
+}
+
 bool TempTree::Exists(const std::string& relative) const {
   std::error_code ec;
   return fs::exists(fs::symlink_status(Path(relative), ec));

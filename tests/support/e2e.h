@@ -22,6 +22,8 @@ class TempTree {
   void MakeFolder(const std::string& relative) const;
   // The file's bytes; "<missing>" when there is no such file.
   std::string Read(const std::string& relative) const;
+  // The same with every CR LF read as a line feed.
+  std::string Text(const std::string& relative) const;
   bool Exists(const std::string& relative) const;
   // Every file and folder below, as sorted relative paths; folders end in "/".
   std::vector<std::string> Tree(const std::string& relative = "") const;
