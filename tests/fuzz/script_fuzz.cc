@@ -1,6 +1,6 @@
-// The runner over fuzzed scripts, on the host's files: every drive is one
-// emptied host folder with a few pictures, but D: the program's templates,
-// read-only. These go in right before "start", after any "drive" line of the
+// The runner over fuzzed scripts, on the host's files: C: is an emptied host
+// folder with a few pictures, every other drive the program's templates, read
+// only. These go in right before "start", after any "drive" line of the
 // script, so that no script reaches beyond them; none may crash the runner.
 
 #include <fstream>
@@ -12,14 +12,14 @@
 
 void vf::fuzz::FuzzOne(std::string_view input) {
   const fs::path root = EmptyHostFolder();
-  const std::string c = (root / "c").string();
-  for (const char* file : {"/Foto/Mare/a.jpg", "/Foto/Mare/B.JPG", "/Foto/c.jpg"}) {
-    fs::create_directories(fs::path(c + file).parent_path());
-    std::ofstream(c + file) << file;
-  }
+  const std::string foto = (root / "c" / "Foto").string() + '/';
+  fs::create_directories(foto + "Mare");
+  for (const char* file : {"Mare/a.jpg", "Mare/B.JPG", "c.jpg"}) std::ofstream(foto + file) << file;
   std::string drives, script = "program D:\\\n";
-  for (char d = 'A'; d <= 'Z'; ++d) drives += std::string("drive ") + d + ' ' + c + '\n';
-  drives += "drive D " VF_TEMPLATES " readonly\n";
+  for (char d = 'A'; d <= 'Z'; ++d) {
+    drives += std::string("drive ") + d + " " VF_TEMPLATES " readonly\n";
+  }
+  drives += "drive C " + (root / "c").string() + '\n';
   int clicks = 0;  // each build makes a folder of files: a few are enough
   std::istringstream lines{std::string(input)};
   for (std::string line; std::getline(lines, line);) {
