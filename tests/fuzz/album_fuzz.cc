@@ -11,8 +11,8 @@
 #include "shell/avvio.h"
 #include "shell/vetrina.h"
 #include "tests/fuzz/fuzz_support.h"
+#include "tests/support/banco.h"
 #include "tests/support/memory_file_system.h"
-#include "tests/support/recording_ui.h"
 
 void vf::fuzz::FuzzOne(std::string_view input) {
   std::vector<std::string> lines[5];
