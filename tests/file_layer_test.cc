@@ -1,5 +1,5 @@
-// The file layer's Windows rules, its text-file slots, the faults a script
-// plants in it, and the exact disk operations of a build.
+// The file layer's text-file slots, the faults a script plants in it, and
+// the exact disk operations of a build, on the file layer in memory.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -20,50 +20,6 @@ int Write(FileSystem& fs, const std::string& path) {
   std::unique_ptr<OutputFile> file;
   int failure = fs.OpenOutput(path, &file);
   return failure != kOk ? failure : file->Close();
-}
-
-Lines Names(FileSystem& fs, const std::string& folder) {
-  Lines names;
-  for (const FolderEntry& entry : fs.ListFolder(folder).entries) names.push_back(entry.name);
-  return names;
-}
-
-TEST(FileLayer, WindowsRulesAndFailureNumbers) {
-  MemoryFileSystem fs;
-  fs.AddDrive('D', true);
-  fs.AddFile("C:\\a.jpg", "small");
-  fs.AddFile("C:\\A.JPG", "capital");
-  fs.AddFile("C:\\b.jpg", "b");
-  fs.AddFile("D:\\cd.jpg", "cd");
-  fs.AddFolder("C:\\Dir\\Sub");
-  // The exact spelling first, else the first in name order.
-  EXPECT_EQ(Write(fs, "C:\\A.jpg"), kOk);
-  EXPECT_EQ(fs.Contents("C:\\a.jpg"), "small");
-  EXPECT_EQ(Names(fs, "C:\\"), (Lines{"A.jpg", "a.jpg", "b.jpg", "Dir"}));
-  std::unique_ptr<InputFile> in;
-  const std::pair<int, int> rows[] = {
-      {fs.Copy("C:\\b.jpg", "C:\\B.JPG"), kErroreAccesso},
-      {fs.Rename("C:\\b.jpg", "C:\\a.jpg"), kFileEsistente},
-      {fs.Rename("C:\\nope.jpg", "C:\\x.jpg"), kFileNonTrovato},
-      {fs.Copy("D:\\cd.jpg", "C:\\cd.jpg"), kOk},
-      {Write(fs, "D:\\x.htm"), kErroreAccesso},
-      {fs.Copy("C:\\b.jpg", "D:\\b.jpg"), kErroreAccesso},
-      {fs.MakeFolder("D:\\dir"), kErroreAccesso},
-      {fs.Rename("D:\\cd.jpg", "D:\\CD.JPG"), kErroreAccesso},
-      {Write(fs, "C:\\nope\\x.htm"), kPercorsoNonTrovato},
-      {Write(fs, "Q:\\x.htm"), kPercorsoNonTrovato},
-      {fs.Copy("C:\\b.jpg", "C:\\b.jpg\\x.jpg"), kPercorsoNonTrovato},
-      {fs.Copy("<C:\\Foto\\Sub>", "C:\\x.jpg"), kNomeNonValido},
-      // A text ending in a backslash names a folder, never a file to make.
-      {fs.Copy("C:\\b.jpg", "C:\\new\\"), kPercorsoNonTrovato},
-      {Write(fs, "C:\\b.jpg\\"), kPercorsoNonTrovato},
-      {fs.OpenInput("C:\\b.jpg/", &in), kPercorsoNonTrovato},
-      {fs.Rename("C:\\dir", "C:\\DIR\\sub\\x"), kErroreAccesso},
-      {fs.MakeFolder("C:\\DIR"), kErroreAccesso},
-  };
-  for (size_t i = 0; i < std::size(rows); ++i) EXPECT_EQ(rows[i].first, rows[i].second) << i;
-  EXPECT_EQ(Names(fs, "C:\\"), (Lines{"A.jpg", "a.jpg", "b.jpg", "cd.jpg", "DIR"}));
-  EXPECT_EQ(fs.log(), (Lines{"WRITE C:\\A.jpg", "COPY D:\\cd.jpg -> C:\\cd.jpg"}));
 }
 
 TEST(FileLayer, PlantedFaultsMatchTheSamePlace) {
