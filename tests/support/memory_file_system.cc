@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 
 #include "platform/case_fold.h"
 #include "platform/failure.h"
@@ -24,6 +25,7 @@ class MemoryInput : public InputFile {
   size_t pos_ = 0;
 };
 
+// Writes into the file's bytes until closed.
 class MemoryOutput : public OutputFile {
  public:
   explicit MemoryOutput(std::shared_ptr<std::string> data) : data_(std::move(data)) {}
@@ -41,17 +43,11 @@ class MemoryOutput : public OutputFile {
   std::shared_ptr<std::string> data_;
 };
 
-FolderEntry::Kind KindOf(const std::shared_ptr<std::string>& data) {
-  return data ? FolderEntry::kFile : FolderEntry::kFolder;
+FolderEntry::Kind KindOf(const std::string* bytes) {
+  return bytes != nullptr ? FolderEntry::kFile : FolderEntry::kFolder;
 }
 
 }  // namespace
-
-void MemoryFileSystem::AddDrive(char letter, bool readonly) {
-  letter = DriveLetter(letter);
-  if (letter != 0 && !IsMapped(letter)) Make(std::string{letter, ':'}, true);
-  if (letter != 0 && readonly) readonly_.insert(letter);
-}
 
 std::string MemoryFileSystem::Key(const Place& place) {
   std::string key{place.drive, ':'};
@@ -59,43 +55,34 @@ std::string MemoryFileSystem::Key(const Place& place) {
   return key;
 }
 
-MemoryFileSystem::Node& MemoryFileSystem::Make(const std::string& key, bool folder) {
-  Node& node = nodes_[key];
-  if (node.id == 0) node.id = next_id_++;
-  // A fresh buffer: a reader still open on the old bytes keeps them.
-  node.data = folder ? nullptr : std::make_shared<std::string>();
-  return node;
-}
-
-std::vector<std::pair<std::string, MemoryFileSystem::Node*>> MemoryFileSystem::Children(
-    const std::string& key) {
-  std::vector<std::pair<std::string, Node*>> out;
+std::vector<std::pair<std::string, const std::string*>> MemoryFileSystem::Children(
+    const std::string& key) const {
+  std::vector<std::pair<std::string, const std::string*>> out;
   const std::string prefix = key + "\\";
   for (auto it = nodes_.lower_bound(prefix); it != nodes_.end() && it->first.starts_with(prefix);
        ++it) {
     std::string name = it->first.substr(prefix.size());
-    if (name.find('\\') == std::string::npos) out.emplace_back(std::move(name), &it->second);
+    if (name.find('\\') == std::string::npos) out.emplace_back(std::move(name), it->second.get());
   }
   return out;
 }
 
 void MemoryFileSystem::Seed(const std::string& winpath, const std::string* bytes) {
   ParsedPath path;
-  if (Parse(winpath, &path) != kOk || path.parts.empty()) return;
-  AddDrive(path.drive);
+  if (Parse(winpath, &path) != kOk) return;
   Place place{path.drive, {}};
+  nodes_.try_emplace(Key(place));
   for (const std::string& part : path.parts) {
     place.names.push_back(part);
-    if (!nodes_.count(Key(place))) Make(Key(place), true);
+    nodes_.try_emplace(Key(place));
   }
-  if (bytes != nullptr) *Make(Key(place), false).data = *bytes;
+  if (bytes != nullptr) nodes_[Key(place)] = std::make_shared<std::string>(*bytes);
 }
 
 std::optional<std::string> MemoryFileSystem::Contents(const std::string& winpath) {
   Resolved r;
-  if (Resolve(winpath, false, &r) != kOk || !r.found || !nodes_.count(Key(r.place))) return {};
-  const Node& node = nodes_[Key(r.place)];
-  return node.data ? std::optional<std::string>(*node.data) : std::nullopt;
+  if (Resolve(winpath, false, &r) != kOk || !r.found || !nodes_[Key(r.place)]) return {};
+  return *nodes_[Key(r.place)];
 }
 
 std::string MemoryFileSystem::Typed(const std::string& path) const {
@@ -111,7 +98,7 @@ int MemoryFileSystem::Log(int failure, std::string line) {
 
 int MemoryFileSystem::CheckFolder(const Place& folder) {
   auto it = nodes_.find(Key(folder));
-  return it != nodes_.end() && !it->second.data ? kOk : kPercorsoNonTrovato;
+  return it != nodes_.end() && !it->second ? kOk : kPercorsoNonTrovato;
 }
 
 int MemoryFileSystem::Find(const Place& folder, const std::string& part,
@@ -119,15 +106,9 @@ int MemoryFileSystem::Find(const Place& folder, const std::string& part,
   found->reset();
   if (CheckFolder(folder) != kOk) return kPercorsoNonTrovato;
   auto exact = nodes_.find(Key(folder) + "\\" + part);
-  if (exact != nodes_.end()) {
-    *found = Match{part, KindOf(exact->second.data)};
-    return kOk;
-  }
-  for (const auto& [name, node] : Children(Key(folder))) {
-    if (EqualIgnoringCase(name, part)) {
-      *found = Match{name, KindOf(node->data)};
-      break;
-    }
+  if (exact != nodes_.end()) *found = Match{part, KindOf(exact->second.get())};
+  for (const auto& [name, bytes] : Children(Key(folder))) {
+    if (!*found && EqualIgnoringCase(name, part)) *found = Match{name, KindOf(bytes)};
   }
   return kOk;
 }
@@ -135,29 +116,30 @@ int MemoryFileSystem::Find(const Place& folder, const std::string& part,
 int MemoryFileSystem::ReadFile(const Place& file, std::unique_ptr<InputFile>* out) {
   auto it = nodes_.find(Key(file));
   if (it == nodes_.end()) return kFileNonTrovato;
-  *out = std::make_unique<MemoryInput>(*it->second.data);
+  *out = std::make_unique<MemoryInput>(*it->second);
   return kOk;
 }
 
 int MemoryFileSystem::WriteFile(const Place& file, std::unique_ptr<OutputFile>* out) {
-  *out = std::make_unique<MemoryOutput>(Make(Key(file), false).data);
+  // A fresh buffer: a reader still open on the old bytes keeps them.
+  auto& bytes = nodes_[Key(file)] = std::make_shared<std::string>();
+  *out = std::make_unique<MemoryOutput>(bytes);
   return kOk;
 }
 
 int MemoryFileSystem::CopyFile(const Place& from, const Place& to) {
-  std::string bytes = *nodes_[Key(from)].data;
-  *Make(Key(to), false).data = std::move(bytes);
+  nodes_[Key(to)] = std::make_shared<std::string>(*nodes_[Key(from)]);
   return kOk;
 }
 
 int MemoryFileSystem::MakeFolderAt(const Place& folder) {
-  Make(Key(folder), true);
+  nodes_[Key(folder)] = nullptr;
   return kOk;
 }
 
 int MemoryFileSystem::Move(const Place& from, const Place& to) {
   const std::string old_key = Key(from);
-  std::map<std::string, Node> moved;
+  std::map<std::string, std::shared_ptr<std::string>> moved;
   for (auto it = nodes_.begin(); it != nodes_.end();) {
     if (it->first == old_key || it->first.starts_with(old_key + "\\")) {
       moved[Key(to) + it->first.substr(old_key.size())] = it->second;
@@ -171,10 +153,11 @@ int MemoryFileSystem::Move(const Place& from, const Place& to) {
 }
 
 int MemoryFileSystem::List(const Place& folder, FolderListing* listing) {
+  // A folder in memory is reached by one path only: its key names it.
   listing->device = static_cast<unsigned char>(folder.drive);
-  listing->inode = nodes_[Key(folder)].id;
-  for (const auto& [name, node] : Children(Key(folder))) {
-    listing->entries.push_back({name, KindOf(node->data)});
+  listing->inode = std::hash<std::string>{}(Key(folder));
+  for (const auto& [name, bytes] : Children(Key(folder))) {
+    listing->entries.push_back({name, KindOf(bytes)});
   }
   return kOk;
 }

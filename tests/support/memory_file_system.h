@@ -4,7 +4,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -12,17 +11,17 @@
 
 namespace vf {
 
-// A file layer held in memory with the host one's Windows path rules. It
-// starts with an empty drive C: and journals every change it made, with the
-// path as typed: "MKDIR C:\sito\dir_0001", "WRITE C:\sito\index.htm" (at the
-// open), "COPY C:\a.jpg -> C:\sito\img_001.jpg", "RENAME C:\A.JPG -> C:\a.jpg".
+// A file layer held in memory with the host one's Windows path rules, for
+// the logic's tests. It starts with an empty drive C: and journals every
+// change it made, with the path as typed: "MKDIR C:\sito\dir_0001",
+// "WRITE C:\sito\index.htm" (at the open), "COPY C:\a.jpg -> C:\sito\x.jpg",
+// "RENAME C:\A.JPG -> C:\a.jpg".
 class MemoryFileSystem : public CaseBlindFileSystem {
  public:
-  MemoryFileSystem() : CaseBlindFileSystem('C') { AddDrive('C'); }
+  MemoryFileSystem() : CaseBlindFileSystem('C') { nodes_["C:"] = nullptr; }
 
-  void AddDrive(char letter, bool readonly = false);
-  // Seeding, outside the journal and the read-only rule: names are made as
-  // given, with the folders and the drive on the way.
+  // Seeding, outside the journal: names as given, with the folders and the
+  // drive on the way.
   void AddFile(const std::string& winpath, const std::string& bytes) { Seed(winpath, &bytes); }
   void AddFolder(const std::string& winpath) { Seed(winpath, nullptr); }
   // The bytes of a file, found as a read finds it.
@@ -44,7 +43,7 @@ class MemoryFileSystem : public CaseBlindFileSystem {
 
  protected:
   bool IsMapped(char drive) const override { return nodes_.count(std::string{drive, ':'}) != 0; }
-  bool IsReadOnly(char drive) const override { return readonly_.count(drive) != 0; }
+  bool IsReadOnly(char) const override { return false; }
   int CheckFolder(const Place& folder) override;
   int Find(const Place& folder, const std::string& part, std::optional<Match>* found) override;
   int ReadFile(const Place& file, std::unique_ptr<InputFile>* out) override;
@@ -56,22 +55,17 @@ class MemoryFileSystem : public CaseBlindFileSystem {
   int List(const Place& folder, FolderListing* listing) override;
 
  private:
-  struct Node {
-    uint64_t id = 0;
-    std::shared_ptr<std::string> data;  // null for a folder; shared with open files
-  };
   // "C:" for a root, "C:\a\b" below it, names as they stand.
   static std::string Key(const Place& place);
-  Node& Make(const std::string& key, bool folder);
-  // The entries directly below `key`, in byte order of their names.
-  std::vector<std::pair<std::string, Node*>> Children(const std::string& key);
+  // The names directly below `key` in byte order, with their bytes (null for
+  // a folder).
+  std::vector<std::pair<std::string, const std::string*>> Children(const std::string& key) const;
   void Seed(const std::string& winpath, const std::string* bytes);
   std::string Typed(const std::string& path) const;
   int Log(int failure, std::string line);
 
-  std::map<std::string, Node> nodes_;
-  std::set<char> readonly_;
-  uint64_t next_id_ = 1;
+  // Every file (its bytes, shared with the files open on it) and folder (null).
+  std::map<std::string, std::shared_ptr<std::string>> nodes_;
   std::vector<std::string> log_;
 };
 
