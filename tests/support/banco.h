@@ -3,6 +3,7 @@
 
 #include <deque>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,7 @@ class RecordingUi : public UserOps {
   }
   std::string FileDialog(const std::string& title, const std::string& start,
                          const std::string& pattern) override {
+    if (dialog_breaks) throw std::runtime_error("componente mancante");
     std::string result = dialog_results.empty() ? "" : dialog_results.front();
     if (!dialog_results.empty()) dialog_results.pop_front();
     events.push_back("DIALOG: " + title + " | " + start + " | " + pattern + " -> " + result);
@@ -59,6 +61,7 @@ class RecordingUi : public UserOps {
   std::function<void()> on_repaint;
   double screen_pixels = 1024;
   std::string program_folder = "C:\\VETRINA";
+  bool dialog_breaks = false;
 };
 
 // A started program over a file layer in memory, the start's events dropped.
