@@ -1,10 +1,12 @@
-// Case folding, numbers read from and written into texts, and Windows paths.
+// Case folding, numbers read from and written into texts, Windows paths and
+// the sizes file's lines.
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "platform/case_fold.h"
 #include "platform/failure.h"
+#include "platform/sizes_file.h"
 #include "platform/windows_path.h"
 #include "shell/testo.h"
 
@@ -68,6 +70,39 @@ TEST(Text, WindowsPaths) {
                            "1:\\x", "CC:\\x", "C:\\a>b", "C:\\tab\there"}) {
     EXPECT_EQ(Parsed(text), "ERR 52") << text;
   }
+}
+
+TEST(Text, SizesFileLinesGiveSizesAndBadOnesAreNamed) {
+  const SizesFile f = ParseSizesFile(
+      "# formato: cartella pixel\r\n"
+      "mini 480\r\n"
+      "\r\n"
+      "  web\t1600  \r\n"
+      "zero 0\n"
+      "meno -5\n"
+      "mezzo 2.5\n"
+      "troppo 20001\n"
+      "tanto 20000\n"
+      "uno 1\n"
+      "../fuori 300\n"
+      "a/b 300\n"
+      "a\\b 300\n"
+      ".. 300\n"
+      "punto. 300\n"
+      "due:punti 300\n"
+      "MINI 200\n"
+      "solo\n"
+      "tre parole 300\n"
+      "300");
+  std::vector<std::string> sizes;
+  for (const DerivedSize& s : f.sizes) sizes.push_back(s.folder + " " + std::to_string(s.pixels));
+  EXPECT_EQ(sizes, (std::vector<std::string>{"mini 480", "web 1600", "tanto 20000", "uno 1"}));
+  EXPECT_EQ(f.bad_lines,
+            (std::vector<std::string>{
+                "riga 5: zero 0", "riga 6: meno -5", "riga 7: mezzo 2.5", "riga 8: troppo 20001",
+                "riga 11: ../fuori 300", "riga 12: a/b 300", "riga 13: a\\b 300", "riga 14: .. 300",
+                "riga 15: punto. 300", "riga 16: due:punti 300", "riga 17: MINI 200",
+                "riga 18: solo", "riga 19: tre parole 300", "riga 20: 300"}));
 }
 
 }  // namespace
