@@ -54,7 +54,26 @@ Lines Read(const std::string& bytes) {
   return lines;
 }
 
+// A disk whose reads fail once the file is open.
+struct FailingReads : MemoryFileSystem {
+  struct Broken : InputFile {
+    int Read(char*, size_t, size_t*) override { return kErroreAccesso; }
+  };
+  int ReadFile(const Place&, std::unique_ptr<InputFile>* out) override {
+    *out = std::make_unique<Broken>();
+    return kOk;
+  }
+};
+
 TEST(FileLayer, TextSlots) {
+  FailingReads broken;
+  broken.AddFile("C:\\t.txt", "x");
+  TextSlots failing(broken);
+  ASSERT_EQ(failing.OpenForReading(2, "C:\\t.txt"), kOk);
+  std::string text;
+  EXPECT_EQ(failing.ReadLine(2, &text), kErroreAccesso);  // the failure, then the end
+  EXPECT_TRUE(failing.AtEnd(2));
+
   EXPECT_EQ(Read("a\r\nb\r\n"), (Lines{"a", "b"}));
   EXPECT_EQ(Read("a\rb\n c\r\n\r\nlast"), (Lines{"a", "b\n c", "", "last"}));
   EXPECT_EQ(Read(std::string("\0\xE0\r\n", 4)), (Lines{std::string("\0\xE0", 2)}));
@@ -117,6 +136,9 @@ TEST(FileLayer, ABuildDoesExactlyItsOperationsInOrder) {
                    "COPY C:\\P\\PIEDE.HTM -> C:\\s\\piede.htm"}));
   EXPECT_EQ(b.fs.Contents("c:\\s\\dir_0001\\img_001.htm"), "<img src=\"img_001.jpg\">\r\n");
   EXPECT_EQ(b.fs.Contents("C:\\S\\DIR_0001\\IMG_001.JPG"), "picture");
+  // Every slot is closed again, so no template stays open.
+  std::string line;
+  for (int slot = 1; slot <= 4; ++slot) EXPECT_EQ(b.v.slots.ReadLine(slot, &line), kNomeNonValido);
   // Four missing album pictures, one message each, and nothing else.
   int messages = 0;
   for (const std::string& e : b.ui.events) messages += e.starts_with("MSG: ");
