@@ -1,14 +1,12 @@
-// The runner's own language and printed forms, and whole sites built with
-// the program's template set, with and without web-sized pictures.
+// The runner's own language and printed forms, and a site built with the
+// program's template set, with and without web-sized pictures.
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "platform/case_fold.h"
 #include "script/script_runner.h"
 #include "tests/support/e2e.h"
 
@@ -100,41 +98,6 @@ TEST(Runner, WhiteSpaceLinesAreBlankAndTabbedDriveLinesAreRefused) {
     EXPECT_EQ(runner.Run(in), status) << script << err.str();
     EXPECT_EQ(out.str(), status == kScriptFinito ? "List1.ListCount = 0\n" : "");
     EXPECT_EQ(err.str().find("riga 1 non compresa") != std::string::npos, status != kScriptFinito);
-  }
-}
-
-TEST(TemplateSite, EveryMarkerOfEveryPageIsRewrittenInBothCases) {
-  for (bool capitals : {false, true}) {
-    SCOPED_TRACE(capitals);
-    TempTree tree;
-    tree.MakeFolder("c/Sito");
-    CopyTemplates(tree, "p");
-    std::string script = "drive C c\ndrive P p readonly\nprogram P:\\\nstart\n";
-    for (int i = 10; i <= 34; ++i) {
-      tree.Write("c/Foto/P" + std::to_string(i) + ".GIF", "gif");
-      script += "add C:\\Foto\\P" + std::to_string(i) + ".GIF\n";
-    }
-    RunResult r = RunScript(script + (capitals ? "click Option1\n" : "") +
-                                "set txtNUM_FILE 25\nset txtNOME_FILE_HTM C:\\Sito\\index.htm\n"
-                                "click Command1\n",
-                            tree.root());
-    EXPECT_EQ(r.Messages(), Texts{});
-    const std::regex left_over("img_00[1-9]\\.jpg|\\.\\./dir_000[ps]/menu\\.htm");
-    auto read = [&](const std::string& name) {
-      return ToLower(tree.Read("c/Sito/" + (capitals ? ToUpper(name) : name)));
-    };
-    for (int album = 1; album <= 3; ++album) {
-      const std::string folder = "dir_000" + std::to_string(album) + "/";
-      const std::string menu = read(folder + "menu.htm");
-      EXPECT_FALSE(std::regex_search(menu, left_over)) << menu;
-      EXPECT_NE(menu.find("menu immagini - pag." + std::to_string(album)), std::string::npos);
-      EXPECT_NE(menu.find("img_001.gif"), std::string::npos);
-      for (int i = 1; i <= (album < 3 ? 9 : 7); ++i) {
-        const std::string page = read(folder + "img_00" + std::to_string(i) + ".htm");
-        EXPECT_TRUE(page != "<missing>" && !std::regex_search(page, left_over)) << folder << i;
-      }
-    }
-    EXPECT_NE(read("dir_0001/img_009.htm").find("../dir_0002/menu.htm"), std::string::npos);
   }
 }
 
