@@ -22,36 +22,25 @@ void Files(Banco& b, const Voci& paths) {
   for (const std::string& p : paths) b.fs.AddFile(p, "");
 }
 
+// The text before and after the first "|" of a row.
+std::pair<std::string, std::string> Split(const std::string& row) {
+  return {row.substr(0, row.find('|')), row.substr(row.find('|') + 1)};
+}
+
 TEST(Filelist, FilterAndFolderTexts) {
-  const struct {
-    const char *nome, *filtro;
-    bool passa;
-  } rows[] = {{"foto.2003.jpg", "jpg", false},
-              {"foto.2003.jpg", "*", false},
-              {"a.JPG", "  Jpg  ", true},
-              {"a. jpg", "jpg", true},
-              {"x.jpeg", "jpeg", true},
-              {"x.jpeg", "*", false},
-              {"r.\xC3\xA0v", "\xC3\x80V", true},
-              {"jpg", "jpg", false},
-              {"fine.", "*", false},
-              {"a.jpg", " ", false},
-              {"x.htm", "*", false},
-              {"b.BMP", "*", true},
-              {"c.Tif", "*", true},
-              {"d.gif", " * ", true},
-              {"e.wmf", "*", true},
-              {"x.png", "*", false},
-              {"a.jpg", "**", false}};
-  for (const auto& r : rows)
-    EXPECT_EQ(Passa_Filtro(r.nome, r.filtro), r.passa) << r.nome << r.filtro;
-  const std::pair<const char*, const char*> stars[] = {{"C:\\Foto\\*.*", "C:\\Foto\\"},
-                                                       {"C:\\Foto\\*.jpg", "C:\\Foto\\*.jpg"},
-                                                       {"C:\\Foto\\a*b", "C:\\Foto\\a"},
-                                                       {"x*yz", "x"},
-                                                       {"ab*", "ab"},
-                                                       {"***", ""}};
-  for (auto [in, out] : stars) EXPECT_EQ(Togli_Asterischi(in), out) << in;
+  // Name|filter: the extension is what follows the first dot.
+  for (const char* row : {"a.JPG|  Jpg  ", "a. jpg|jpg", "x.jpeg|jpeg", "r.\xC3\xA0v|\xC3\x80V",
+                          "b.BMP|*", "c.Tif|*", "d.gif| * ", "e.wmf|*"}) {
+    EXPECT_TRUE(Passa_Filtro(Split(row).first, Split(row).second)) << row;
+  }
+  for (const char* row : {"foto.2003.jpg|jpg", "foto.2003.jpg|*", "x.jpeg|*", "jpg|jpg", "fine.|*",
+                          "a.jpg| ", "x.htm|*", "x.png|*", "a.jpg|**"}) {
+    EXPECT_FALSE(Passa_Filtro(Split(row).first, Split(row).second)) << row;
+  }
+  for (const char* row : {"C:\\Foto\\*.*|C:\\Foto\\", "C:\\Foto\\*.jpg|C:\\Foto\\*.jpg",
+                          "C:\\Foto\\a*b|C:\\Foto\\a", "x*yz|x", "ab*|ab", "***|"}) {
+    EXPECT_EQ(Togli_Asterischi(Split(row).first), Split(row).second) << row;
+  }
   PercorsoDiviso d = Taglia_Percorso("C:\\Foto\\Mare\\a.jpg");
   EXPECT_EQ(d.Cartella + "|" + d.Nome, "C:\\Foto\\Mare\\|a.jpg");
   d = Taglia_Percorso("C:a/b.htm");
