@@ -2,11 +2,9 @@
 #define VF_TESTS_GUI_SUPPORTO_H_
 
 #include <QAbstractButton>
+#include <QDir>
 #include <QLineEdit>
 #include <QTemporaryDir>
-#include <deque>
-#include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,46 +12,53 @@
 
 namespace vf::gui::test {
 
-// A temporary folder of files, gone with the object.
-class Cartella {
- public:
-  Cartella();
-  std::string Host(const std::string& relativo = "") const;
-  void Scrivi(const std::string& relativo, const std::string& byte = "x") const;
-  bool Esiste(const std::string& relativo) const;
-  std::string Leggi(const std::string& relativo) const;
-  // `cartelle` folders of `per_cartella` pictures each, under `sotto`.
-  void Albero(const std::string& sotto, int cartelle, int per_cartella) const;
+inline std::string LeggiFile(const std::string& host) {  // "<missing>" if it cannot be read
+  QFile f(QFile::decodeName(QByteArray::fromStdString(host)));
+  return f.open(QIODevice::ReadOnly) ? f.readAll().toStdString() : "<missing>";
+}
 
- private:
-  QTemporaryDir dir_;
+struct Cartella : QTemporaryDir {  // a temporary folder of files
+  std::string Host(const std::string& r = "") const {
+    return QFile::encodeName(filePath(QString::fromStdString(r))).toStdString();
+  }
+  void Scrivi(const std::string& r, const std::string& byte = "x") const {
+    QFile f(QString::fromStdString(Host(r)));
+    if (QDir().mkpath(QFileInfo(f).path()) && f.open(QIODevice::WriteOnly)) {
+      f.write(byte.data(), static_cast<qint64>(byte.size()));
+    }
+  }
 };
 
-// The window program with the person in front of it played by the test:
-// questions are answered from a queue (No when it is empty), file dialogs
-// give host paths from a queue (gave up when it is empty), nothing is
-// started, and every event is recorded.
-class ProgrammaDiProva {
- public:
-  explicit ProgrammaDiProva(const Ambiente& ambiente = AmbienteDellUtente());
-
-  Programma& p() { return *programma_; }
-  FinestraAlbum& finestra() { return *programma_->finestra(); }
-  Vetrina& v() { return programma_->vetrina(); }
-  QAbstractButton* Pulsante(const std::string& nome);
-  QLineEdit* Casella(const std::string& nome);
-  // Types a text into a text box in place of the one there.
-  void Scrivi(const std::string& nome, const std::string& testo);
-  // The Windows form of a host path, as the window shows it.
-  std::string Windows(const std::string& host);
-
-  std::deque<bool> risposte;
-  std::deque<std::optional<std::string>> scelte;
+// The window program with its user played by the test: messages, questions
+// (answered No), file dialogs (given up) and pages opened are only recorded.
+struct Prova : Programma {
+  explicit Prova(const Ambiente& ambiente = AmbienteDellUtente()) : Programma(ambiente) {
+    ui().intervallo_ms = 0;  // pending events run at every repaint point
+    ui().risponditore = [this](const std::string& testo, bool domanda) {
+      eventi.push_back((domanda ? "ASK: " : "MSG: ") + testo);
+      return false;
+    };
+    ui().scelta_file = [this](const std::string& titolo, const std::string&) {
+      eventi.push_back("DIALOG: " + titolo);
+      return std::nullopt;
+    };
+    ui().avviatore = [this](const QString& programma, const QStringList& argomenti) {
+      eventi.push_back("RUN: " + (programma + ' ' + argomenti.join(' ')).toStdString());
+      return true;
+    };
+    connect(this, &Programma::fine, [this] { ++finiti; });
+  }
+  template <typename W = QAbstractButton>
+  W* Widget(const std::string& nome) {
+    return qobject_cast<W*>(finestra()->Widget(nome));
+  }
+  void Scrivi(const std::string& casella, const std::string& testo) {  // as the user edits it
+    Widget<QLineEdit>(casella)->selectAll();
+    Widget<QLineEdit>(casella)->insert(QString::fromStdString(testo));
+  }
+  std::string Windows(const std::string& host) { return fs().WindowsPath(host).value_or("?"); }
   std::vector<std::string> eventi;
-  int fine = 0;  // times the program said it ended
-
- private:
-  std::unique_ptr<Programma> programma_;
+  int finiti = 0;  // times the program said it ended
 };
 
 }  // namespace vf::gui::test
