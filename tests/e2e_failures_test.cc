@@ -45,9 +45,9 @@ TEST(Failures, MissingTemplatesAskWithYesAndNo) {
                    "CURSOR: BUSY", "CURSOR: NORMAL", "BEEP", preview}));
   // Without head and foot the page holds the program's own lines only.
   EXPECT_EQ(
-      tree.Read("c/Sito/index.htm"),
-      CrLf({"<HTML>", "<table border=\"0\" cellpadding=\"0\" cellspacing=\"10\" width=\"130\">",
-            "<tr>", " ", " </tr>", "</table>", "</center></div>", "</HTML>"}));
+      tree.Text("c/Sito/index.htm"),
+      "<HTML>\n<table border=\"0\" cellpadding=\"0\" cellspacing=\"10\" width=\"130\">\n<tr>\n \n"
+      " </tr>\n</table>\n</center></div>\n</HTML>\n");
   // Empty templates add nothing and ask nothing.
   for (const char* f : {"MENU.HTM", "INTESTAZ.HTM", "PIEDE.HTM"})
     tree.Write(std::string("c/PROG/") + f, "");

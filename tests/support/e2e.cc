@@ -116,37 +116,35 @@ RunResult RunRunner(const std::string& argument, const fs::path& cwd) {
   return Run(nullptr, argument, cwd, "");
 }
 
-std::string CrLf(const std::vector<std::string>& lines) {
+std::string CrLf(const std::string& text) {
   std::string out;
-  for (const std::string& l : lines) out += l + "\r\n";
+  for (char c : text) out += c == '\n' ? std::string("\r\n") : std::string(1, c);
   return out;
 }
 
 void WriteFixtureTemplates(const TempTree& tree, const std::string& folder) {
   const std::string f = folder + "/";
   tree.Write(f + "INTESTAZ.HTM",
-             CrLf({"<head><title>Prova</title></head>", "<body BACKGROUND=\"sfondo1g.jpg\">",
-                   "<marquee>Titolo</marquee>", "<div><center>"}));
-  tree.Write(f + "INTEST_2.HTM", CrLf({"<head><title>Prova 2</title></head>", "<body>",
-                                       "<p background>via</p>", "<div><center>"}));
-  tree.Write(f + "PIEDE.HTM", CrLf({"</body>", "</HTML>"}));
-  tree.Write(f + "PIEDE_2.HTM", CrLf({"<p>piede 2</p>", "</HTML>"}));
-  std::vector<std::string> menu = {"<html><head><title>menu immagini - pag.1</title></head>",
-                                   "<a href=\"../dir_000p/menu.htm\">prec</a>",
-                                   "<a href=\"../dir_000s/menu.htm\">succ</a>"};
+             CrLf("<head><title>Prova</title></head>\n<body BACKGROUND=\""
+                  "sfondo1g.jpg\">\n<marquee>Titolo</marquee>\n<div><center>\n"));
+  tree.Write(f + "INTEST_2.HTM", CrLf("<head><title>Prova 2</title></head>\n<body>\n"
+                                      "<p background>via</p>\n<div><center>\n"));
+  tree.Write(f + "PIEDE.HTM", CrLf("</body>\n</HTML>\n"));
+  tree.Write(f + "PIEDE_2.HTM", CrLf("<p>piede 2</p>\n</HTML>\n"));
+  std::string menu =
+      "<html><head><title>menu immagini - pag.1</title></head>\n<a href=\"../"
+      "dir_000p/menu.htm\">prec</a>\n<a href=\"../dir_000s/menu.htm\">succ</a>\n";
   auto img = [](int i) { return std::string(i < 10 ? "img_00" : "img_0") + std::to_string(i); };
   for (int i = 1; i <= 9; ++i) {
     const std::string n = img(i);
-    menu.push_back("<a href=\"" + n + ".htm\"><img src=\"" + n + ".jpg\"></a>");
-    std::vector<std::string> page = {"<html><body>", "<img src=\"" + n + ".jpg\">",
-                                     "<a href=\"" + img(i - 1) + ".htm\">prev</a>",
-                                     "<a href=\"" + img(i + 1) + ".htm\">next</a>"};
-    if (i == 9) page.push_back("<a href=\"../dir_000s/menu.htm\">album</a>");
-    page.push_back("</body></html>");
-    tree.Write(f + "VETRINA-FOTO_DEFAULT/dir_0001/IMG_00" + std::to_string(i) + ".HTM", CrLf(page));
+    menu += "<a href=\"" + n + ".htm\"><img src=\"" + n + ".jpg\"></a>\n";
+    tree.Write(
+        f + "VETRINA-FOTO_DEFAULT/dir_0001/IMG_00" + std::to_string(i) + ".HTM",
+        CrLf("<html><body>\n<img src=\"" + n + ".jpg\">\n<a href=\"" + img(i - 1) +
+             ".htm\">prev</a>\n<a href=\"" + img(i + 1) + ".htm\">next</a>\n" +
+             (i == 9 ? "<a href=\"../dir_000s/menu.htm\">album</a>\n" : "") + "</body></html>\n"));
   }
-  menu.push_back("</html>");
-  tree.Write(f + "MENU.HTM", CrLf(menu));
+  tree.Write(f + "MENU.HTM", CrLf(menu + "</html>\n"));
   for (const char* picture :
        {"puls_sx3.jpg", "puls_su3.jpg", "puls_dx3.jpg", "sfondo_1.gif", "sfondo_2.gif",
         "pulsante.jpg", "diaposit.jpg", "film-1a.jpg", "foto-1a.jpg", "htm-1a.jpg", "music-1a.jpg",

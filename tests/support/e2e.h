@@ -47,8 +47,8 @@ RunResult RunScript(const std::string& script, const std::filesystem::path& cwd,
                     const std::string& home = "");
 RunResult RunRunner(const std::string& argument, const std::filesystem::path& cwd);
 
-// Lines joined with CR LF after each, as templates and pages are written.
-std::string CrLf(const std::vector<std::string>& lines);
+// The text with every line feed written as CR LF, as templates are.
+std::string CrLf(const std::string& text);
 
 // A small template set in `folder`: the five page templates, the thirteen
 // pictures (short texts) and per-picture templates 001 to 009.
