@@ -34,15 +34,15 @@ TEST(Failures, MissingTemplatesAskWithYesAndNo) {
   RunResult r = tree.Run(
       "set txtNOME_FILE_HTM C:\\Sito\\index.htm\nanswer yes\nanswer no\nclick Command1\n"
       "answer yes\nanswer yes\nanswer yes\nclick Command1\n");
-  const std::string menu = "ASK: Manca il file MENU.HTM, continuo ?{CR}{CR} -> YES";
+  const std::string menu = "BEEP\nASK: Manca il file MENU.HTM, continuo ?{CR}{CR} -> YES\nBEEP\n";
   const std::string head =
       "ASK: Manca il file INTESTAZ.HTM, continuo ?{CR}{CR}C:\\PROG\\INTESTAZ.HTM";
-  const std::string preview = "ASK: Visualizzo la pagina creata c:\\sito\\index.htm (S/N)  -> NO";
-  EXPECT_EQ(r.lines,
-            (Texts{"BEEP", menu, "BEEP", head + " -> NO", "CURSOR: NORMAL", "BEEP", preview, "BEEP",
-                   menu, "BEEP", head + " -> YES", "BEEP",
-                   "ASK: Manca il file PIEDE.HTM, continuo ?{CR}{CR}C:\\PROG\\PIEDE.HTM -> YES",
-                   "CURSOR: BUSY", "CURSOR: NORMAL", "BEEP", preview}));
+  const std::string preview =
+      "BEEP\nASK: Visualizzo la pagina creata c:\\sito\\index.htm (S/N)  -> NO\n";
+  EXPECT_EQ(r.out, menu + head + " -> NO\nCURSOR: NORMAL\n" + preview + menu + head +
+                       " -> YES\nBEEP\nASK: Manca il file PIEDE.HTM, continuo ?{CR}{CR}"
+                       "C:\\PROG\\PIEDE.HTM -> YES\nCURSOR: BUSY\nCURSOR: NORMAL\n" +
+                       preview);
   // Without head and foot the page holds the program's own lines only.
   EXPECT_EQ(
       tree.Text("c/Sito/index.htm"),
@@ -53,8 +53,9 @@ TEST(Failures, MissingTemplatesAskWithYesAndNo) {
     tree.Write(std::string("c/PROG/") + f, "");
   tree.Write("c/Foto/a.jpg", "a");
   r = tree.Run("add C:\\Foto\\a.jpg\nset txtNOME_FILE_HTM C:\\Sito\\e.htm\nclick Command1\n");
-  EXPECT_EQ(r.lines, (Texts{"CURSOR: BUSY", "CURSOR: NORMAL", "BEEP",
-                            "ASK: Visualizzo la pagina creata c:\\sito\\e.htm (S/N)  -> NO"}));
+  EXPECT_EQ(r.out,
+            "CURSOR: BUSY\nCURSOR: NORMAL\nBEEP\nASK: Visualizzo la pagina creata "
+            "c:\\sito\\e.htm (S/N)  -> NO\n");
   EXPECT_EQ(tree.Read("c/Sito/dir_0001/menu.htm"), "");
 }
 
@@ -64,17 +65,14 @@ TEST(Failures, AReadOnlyDriveFallsBackToCThenToCIndex) {
   tree.MakeFolder("c/FOTO");
   RunResult r = tree.Run(
       "set txtNOME_FILE_HTM E:\\FOTO\\Album.htm\nanswer yes\nclick Command1\nclick Command5\n");
-  EXPECT_EQ(
-      r.lines,
-      (Texts{"CURSOR: BUSY", "BEEP",
-             "MSG: Errore in registrazione Elenco (forse e' un CD-ROM) e:\\foto\\album.htm{CR}"
-             "{CR}Tento di registrare sul disco C: {CR}{CR} ERR= 75 - Errore di accesso al "
-             "percorso/file",
-             "CURSOR: BUSY", "CURSOR: NORMAL", "BEEP",
-             "ASK: Visualizzo la pagina creata C:\\foto\\album.htm (S/N)  -> YES",
-             // The moved page is opened where it is, not by its name alone.
-             "RUN: START /max /w C:\\foto\\album.htm -> OK",
-             "RUN: START /max /w C:\\foto\\album.htm -> OK"}));
+  EXPECT_EQ(r.out,
+            "CURSOR: BUSY\nBEEP\nMSG: Errore in registrazione Elenco (forse e' un CD-ROM) "
+            "e:\\foto\\album.htm{CR}{CR}Tento di registrare sul disco C: {CR}{CR} ERR= 75 - Errore "
+            "di accesso al percorso/file\nCURSOR: BUSY\nCURSOR: NORMAL\nBEEP\nASK: Visualizzo la "
+            "pagina creata C:\\foto\\album.htm (S/N)  -> YES\n"
+            // The moved page is opened where it is, not by its name alone.
+            "RUN: START /max /w C:\\foto\\album.htm -> OK\nRUN: START /max /w C:\\foto\\album.htm "
+            "-> OK\n");
   EXPECT_EQ(tree.Read("c/FOTO/album.htm").substr(0, 6), "<HTML>");
   // No such folder on C: either: the page goes to C:\index.htm.
   std::filesystem::remove_all(tree.Path("c/FOTO"));
