@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <string_view>
 
@@ -20,12 +21,16 @@ inline void Check(bool ok, const char* what, std::string_view detail = {}) {
   std::abort();
 }
 
-// A host folder of this run's own, emptied for each input, gone at the end.
-inline fs::path EmptyHostFolder() {
+// A host folder of this run's own holding these files, emptied for each input, gone at the end.
+inline fs::path HostFolderWith(std::initializer_list<fs::path> files) {
   static char root[] = "/tmp/vf-fuzz-XXXXXX";
   static std::error_code ignored;
   static const bool made = ::mkdtemp(root) && !std::atexit([] { fs::remove_all(root, ignored); });
   Check(made && fs::remove_all(root) && fs::create_directory(root), "no host folder", root);
+  for (const fs::path& file : files) {
+    fs::create_directories(root / file.parent_path());
+    std::ofstream(root / file) << file.filename().string();
+  }
   return root;
 }
 

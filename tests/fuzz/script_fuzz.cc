@@ -1,9 +1,7 @@
-// The runner over fuzzed scripts, on the host's files: C: is an emptied host
-// folder with a few pictures, every other drive the program's templates, read
-// only. These go in right before "start", after any "drive" line of the
-// script, so that no script reaches beyond them; none may crash the runner.
+// The runner over fuzzed scripts on the host's files, where none may crash it:
+// C: an emptied host folder with pictures, every other drive the templates, read
+// only, set right before "start" so that no script's drives reach beyond them.
 
-#include <fstream>
 #include <sstream>
 #include <utility>
 
@@ -11,10 +9,7 @@
 #include "tests/fuzz/fuzz_support.h"
 
 void vf::fuzz::FuzzOne(std::string_view input) {
-  const fs::path root = EmptyHostFolder();
-  const std::string foto = (root / "c" / "Foto").string() + '/';
-  fs::create_directories(foto + "Mare");
-  for (const char* file : {"Mare/a.jpg", "Mare/B.JPG", "c.jpg"}) std::ofstream(foto + file) << file;
+  const fs::path root = HostFolderWith({"c/Foto/Mare/a.jpg", "c/Foto/Mare/B.JPG", "c/Foto/c.jpg"});
   std::string drives, script = "program D:\\\n";
   for (char d = 'A'; d <= 'Z'; ++d) {
     drives += std::string("drive ") + d + " " VF_TEMPLATES " readonly\n";
@@ -22,8 +17,7 @@ void vf::fuzz::FuzzOne(std::string_view input) {
   drives += "drive C " + (root / "c").string() + '\n';
   int clicks = 0;  // each build makes a folder of files: a few are enough
   std::istringstream lines{std::string(input)};
-  for (std::string line; std::getline(lines, line);) {
-    std::string word;
+  for (std::string line, word; std::getline(lines, line); word.clear()) {
     std::istringstream(line) >> word;
     if (word == "click" && ++clicks > 8) continue;
     if (word == "start") script += std::exchange(drives, "");
