@@ -35,7 +35,8 @@ void MemoryFileSystem::Seed(const std::string& winpath, const std::string* bytes
   if (Parse(winpath, &path) != kOk || (path.drive != 'C' && path.drive != 'D')) return;
   fs::path host = fs::path(root) / std::string(1, path.drive);
   for (const std::string& part : path.parts) host /= part;
-  fs::create_directories(bytes != nullptr ? host.parent_path() : host);
+  std::error_code ec;
+  fs::create_directories(bytes != nullptr ? host.parent_path() : host, ec);
   if (bytes != nullptr) std::ofstream(host, std::ios::binary) << *bytes;
 }
 
