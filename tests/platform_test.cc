@@ -159,16 +159,16 @@ TEST_F(DerivedPicturesTest, RebuildRedoesOnlyWhatChangedAndTheRecordOnlyThen) {
   enum Change { kNothing, kSourceTouched, kPlacesSwapped, kSizeChanged, kRemoved, kCapitals };
   const std::map<Change, Names> redone = {
       {kNothing, {}},
-      {kSourceTouched, {".derivate", "mini/2.jpg", "web/2.jpg"}},
-      {kPlacesSwapped, {".derivate", "mini/1.jpg", "mini/2.jpg", "web/1.jpg", "web/2.jpg"}},
-      {kSizeChanged, {".derivate", "web/1.jpg", "web/2.jpg", "web/3.jpg"}},
-      {kRemoved, {".derivate", "web/3.jpg"}},
+      {kSourceTouched, {".derivate", "mini/1.jpg", "web/1.jpg"}},
+      {kPlacesSwapped, {".derivate", "mini/0.jpg", "mini/1.jpg", "web/0.jpg", "web/1.jpg"}},
+      {kSizeChanged, {".derivate", "web/0.jpg", "web/1.jpg", "web/2.jpg"}},
+      {kRemoved, {".derivate", "web/2.jpg"}},
       {kCapitals, {".derivate"}}};  // renamed, not made again
   for (const auto& [change, expected] : redone) {
     tree_.emplace();
-    std::vector<CopyRecord> copies = {Place("1.jpg", Painted(300, 200, kOrange)),
-                                      Place("2.jpg", Painted(200, 300, kBlue)),
-                                      Place("3.jpg", Painted(99, 99, kOrange))};
+    std::vector<CopyRecord> copies = {Place("0.jpg", Painted(300, 200, kOrange)),
+                                      Place("1.jpg", Painted(200, 300, kBlue)),
+                                      Place("2.jpg", Painted(99, 99, kOrange))};
     std::vector<DerivedSize> sizes = {{"mini", 60}, {"web", 150}};
     DerivePictures(copies, sizes, false, nullptr);
     std::map<std::string, Stamp> before;
@@ -179,9 +179,8 @@ TEST_F(DerivedPicturesTest, RebuildRedoesOnlyWhatChangedAndTheRecordOnlyThen) {
     if (change == kSourceTouched) fs::last_write_time(copies[1].source, fs::file_time_type{});
     if (change == kPlacesSwapped) std::swap(copies[0].source, copies[1].source);
     if (change == kSizeChanged) sizes[1].pixels = 120;
-    if (change == kRemoved) fs::remove(Derived("web/3.jpg"));
-    for (int i = 0; capitals && i < 3; ++i)
-      copies[i].copy = Derived(std::to_string(i + 1) + ".JPG");
+    if (change == kRemoved) fs::remove(Derived("web/2.jpg"));
+    for (int i = 0; capitals && i < 3; ++i) copies[i].copy = Derived(std::to_string(i) + ".JPG");
     DerivePictures(copies, sizes, capitals, nullptr);
     Names changed;
     for (const auto& [name, stamp] : before) {
@@ -203,8 +202,7 @@ TEST_F(DerivedPicturesTest, APassCutShortLeavesWholePicturesOnlyAndTheNextGoesOn
   EXPECT_EQ(tree_->Tree("site"), (Names{"dir_0001/", "dir_0001/web/"}));
   // A stop leaves what is made whole, and the next pass keeps it.
   std::vector<CopyRecord> copies;
-  for (int i = 1; i <= 12; ++i)
-    copies.push_back(Place(std::to_string(i) + ".jpg", Grain(400, 300)));
+  for (int i = 0; i < 12; ++i) copies.push_back(Place(std::to_string(i) + ".jpg", Grain(400, 300)));
   EXPECT_TRUE(
       DerivePictures(copies, {{"web", 200}}, false, [](size_t, size_t) { return false; }).stopped);
   std::map<std::string, Stamp> made;
