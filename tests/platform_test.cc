@@ -1,0 +1,398 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <vips/vips8>
+
+#include "platform/case_fold.h"
+#include "platform/derived_pictures.h"
+#include "platform/derived_record.h"
+#include "platform/failure.h"
+#include "platform/host_file_system.h"
+#include "platform/host_files.h"
+#include "platform/typed_path.h"
+#include "platform/user_area.h"
+#include "tests/support/e2e.h"
+
+namespace vf {
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::vector<std::string>;
+using Stamp = std::pair<ino_t, int64_t>;
+const std::vector<double> kBlue{0, 0, 255}, kOrange{200, 120, 40};
+
+// What `work` gives while no file may grow past 4 KB, as on a full disk.
+auto OnAFullDisk(auto work) {
+  std::signal(SIGXFSZ, SIG_IGN);  // the write that crosses the limit fails instead
+  rlimit old{};
+  ::getrlimit(RLIMIT_FSIZE, &old);
+  const rlimit small{4096, old.rlim_max};
+  ::setrlimit(RLIMIT_FSIZE, &small);
+  auto result = work();
+  ::setrlimit(RLIMIT_FSIZE, &old);
+  return result;
+}
+
+vips::VImage Painted(int width, int height, const std::vector<double>& colour) {
+  VIPS_INIT("vf_tests");
+  return (vips::VImage::black(width, height, vips::VImage::option()->set("bands", 3)) + colour)
+      .cast(VIPS_FORMAT_UCHAR);
+}
+
+// Grain compresses badly: a JPEG of it is mostly data, and slow to scale.
+vips::VImage Grain(int width, int height) {
+  return (Painted(width, height, {0, 0, 0}) +
+          vips::VImage::gaussnoise(width, height, vips::VImage::option()->set("sigma", 60.0)))
+      .cast(VIPS_FORMAT_UCHAR);
+}
+
+vips::VImage Load(const fs::path& path) { return vips::VImage::new_from_file(path.c_str()); }
+
+bool Tagged(const vips::VImage& image) {
+  return image.get_typeof("exif-data") || image.get_typeof("xmp-data") ||
+         image.get_typeof("iptc-data") || image.get_typeof("icc-profile-data");
+}
+
+// A file rewritten in place, even with the same bytes, gets another inode.
+Stamp StampOf(const fs::path& path) {
+  struct stat st {};
+  ::stat(path.c_str(), &st);
+  return {st.st_ino, int64_t{st.st_mtim.tv_sec} * 1'000'000'000 + st.st_mtim.tv_nsec};
+}
+
+class DerivedPicturesTest : public ::testing::Test {
+ protected:
+  // src/<name>, copied by the build as site/dir_0001/<name>.
+  CopyRecord Copy(const std::string& name) {
+    fs::create_directories(tree_->Path("site/dir_0001"));
+    return {tree_->Path("src/" + name).string(), Derived(name).string()};
+  }
+  // The picture saved as src/<name>, with libvips' `options` ("[Q=90]").
+  CopyRecord Place(const std::string& name, const vips::VImage& image, const char* options = "") {
+    fs::create_directories(tree_->Path("src"));
+    image.write_to_file((tree_->Path("src/" + name).string() + options).c_str());
+    return Copy(name);
+  }
+  fs::path Derived(const std::string& name) const { return tree_->Path("site/dir_0001/" + name); }
+
+  std::optional<test::TempTree> tree_{std::in_place};
+};
+
+TEST_F(DerivedPicturesTest, EachKindKeepsItsFormatStandsUprightInSrgbBareOrIsCopiedAsItIs) {
+  // Read back, the JPEG carries EXIF and XMP, which all the savers write.
+  vips::VImage tagged = Painted(90, 60, kOrange).copy();
+  static const char kXmp[] = "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\">Via Roma 1</x:xmpmeta>";
+  vips_image_set_blob_copy(tagged.get_image(), "xmp-data", kXmp, sizeof kXmp - 1);
+  vips::VImage orange = Load(Place("tagged.jpg", tagged).source);
+  // Stored on its side with a turn to stand, which the smaller size must not repeat.
+  vips::VImage turned = orange.rot270().copy();
+  turned.set("orientation", 6);
+  struct Case {
+    std::string name, loader;
+    vips::VImage image;
+    int width, height;  // upright
+    std::vector<double> colour = kOrange;
+    double tolerance = 12;
+  } cases[] = {
+      {"camera.jpg", "jpegload", orange, 90, 60},
+      {"still.gif", "gifload", orange, 90, 60},
+      {"upright.webp", "webpload", orange.rot90(), 60, 90},
+      {"turned.jpg", "jpegload", turned, 90, 60},
+      {"png-named.jpg", "pngload", orange, 90, 60},
+      {"small.bmp", "jpegload", Painted(24, 16, kOrange), 24, 16},
+      {"clear.tif", "jpegload", orange.bandjoin_const({0}), 90, 60, {255, 255, 255}, 3},
+      {"print.jpg", "jpegload", orange.icc_transform("cmyk"), 90, 60, kOrange, 40},
+  };
+  std::vector<CopyRecord> copies;
+  for (const Case& c : cases) {
+    copies.push_back(Place(c.name, c.image));
+    if (c.loader == "pngload") c.image.pngsave(copies.back().source.c_str());
+  }
+  for (int i : {0, 2, 4}) EXPECT_TRUE(Tagged(Load(copies[i].source))) << i;
+  // Copied as they are: no picture, a cut one, and one with more pixels than
+  // a picture decoded whole may have.
+  Place("whole.jpg", Grain(200, 200), "[Q=95]");
+  const std::string whole = tree_->Read("src/whole.jpg");
+  tree_->Write("src/text.jpg", "non è una foto\n");
+  tree_->Write("src/cut.jpg", whole.substr(0, whole.size() / 2));
+  copies.insert(copies.end(), {Copy("text.jpg"), Copy("cut.jpg"),
+                               Place("huge.tif", vips::VImage::black(10001, 10000),
+                                     "[compression=deflate,tile]")});
+  // Sizes that would lead out of the album or onto its record, that come
+  // twice, or that are empty are left out.
+  std::vector<DerivedSize> sizes = {{"mini", 30}, {"Web 45", 45}, {"MINI", 60}, {"zero", 0}};
+  for (const char* unsafe : {"..", ".derivate", "a/b", "a\\b", ""}) sizes.push_back({unsafe, 40});
+  DeriveOutcome outcome = DerivePictures(copies, sizes, false, nullptr);
+  Names plain;
+  for (const std::string name : {"text.jpg", "cut.jpg", "huge.tif"}) {
+    for (const std::string folder : {"mini/", "web 45/"}) {
+      plain.push_back(Derived(folder + name));
+      EXPECT_EQ(tree_->Read("site/dir_0001/" + folder + name), tree_->Read("src/" + name));
+    }
+  }
+  EXPECT_EQ(std::pair(outcome.plain_copies, outcome.failed), std::pair(plain, Names{}));
+  // The album holds its record and a folder per size with every copy, nothing else.
+  EXPECT_EQ(tree_->Tree("site").size(), 1 + 1 + 2 * (1 + copies.size()));
+  for (const Case& c : cases) {
+    // The longest side fits the size; a smaller picture keeps its own.
+    for (const auto& [folder, pixels] : {std::pair("mini", 30), std::pair("web 45", 45)}) {
+      const int longest = std::max({c.width, c.height, pixels});
+      vips::VImage made = Load(Derived(folder) / c.name);
+      EXPECT_EQ(
+          std::tuple(made.get_string("vips-loader"), made.width(), made.height(), Tagged(made)),
+          std::tuple(c.loader, c.width * pixels / longest, c.height * pixels / longest, false))
+          << c.name << folder;
+    }
+    std::vector<double> pixel = Load(Derived("web 45") / c.name).getpoint(10, 10);
+    for (int i = 0; i < 3; ++i) EXPECT_NEAR(pixel[i], c.colour[i], c.tolerance) << c.name;
+  }
+}
+
+TEST_F(DerivedPicturesTest, RebuildRedoesOnlyWhatChangedAndTheRecordOnlyThen) {
+  enum Change { kNothing, kSourceTouched, kPlacesSwapped, kSizeChanged, kRemoved, kCapitals };
+  const std::map<Change, Names> redone = {
+      {kNothing, {}},
+      {kSourceTouched, {".derivate", "mini/1.jpg", "web/1.jpg"}},
+      {kPlacesSwapped, {".derivate", "mini/0.jpg", "mini/1.jpg", "web/0.jpg", "web/1.jpg"}},
+      {kSizeChanged, {".derivate", "web/0.jpg", "web/1.jpg", "web/2.jpg"}},
+      {kRemoved, {".derivate", "web/2.jpg"}},
+      {kCapitals, {".derivate"}}};  // renamed, not made again
+  for (const auto& [change, expected] : redone) {
+    tree_.emplace();
+    std::vector<CopyRecord> copies = {Place("0.jpg", Painted(300, 200, kOrange)),
+                                      Place("1.jpg", Painted(200, 300, kBlue)),
+                                      Place("2.jpg", Painted(99, 99, kOrange))};
+    std::vector<DerivedSize> sizes = {{"mini", 60}, {"web", 150}};
+    DerivePictures(copies, sizes, false, nullptr);
+    std::map<std::string, Stamp> before;
+    for (const std::string& name : tree_->Tree("site/dir_0001")) {
+      if (!name.ends_with('/')) before[name] = StampOf(Derived(name));
+    }
+    const bool capitals = change == kCapitals;
+    if (change == kSourceTouched) fs::last_write_time(copies[1].source, fs::file_time_type{});
+    if (change == kPlacesSwapped) std::swap(copies[0].source, copies[1].source);
+    if (change == kSizeChanged) sizes[1].pixels = 120;
+    if (change == kRemoved) fs::remove(Derived("web/2.jpg"));
+    for (int i = 0; capitals && i < 3; ++i) copies[i].copy = Derived(std::to_string(i) + ".JPG");
+    DerivePictures(copies, sizes, capitals, nullptr);
+    Names changed;
+    for (const auto& [name, stamp] : before) {
+      const std::string now = capitals && name[0] != '.' ? ToUpper(name) : name;
+      if (StampOf(Derived(now)) != stamp) changed.push_back(name);
+    }
+    EXPECT_EQ(changed, expected) << change;
+  }
+}
+
+TEST_F(DerivedPicturesTest, APassCutShortLeavesWholePicturesOnlyAndTheNextGoesOn) {
+  // On a full disk the scaled picture and the copy fail, and leave nothing.
+  tree_->Write("src/text.jpg", std::string(10000, 'x'));
+  std::vector<CopyRecord> full = {Place("a.jpg", Grain(200, 200), "[Q=95]"), Copy("text.jpg")};
+  EXPECT_EQ(OnAFullDisk([&] {
+              return DerivePictures(full, {{"web", 150}}, false, nullptr);
+            }).failed,
+            (Names{Derived("web/a.jpg"), Derived("web/text.jpg")}));
+  EXPECT_EQ(tree_->Tree("site"), (Names{"dir_0001/", "dir_0001/web/"}));
+  // A stop leaves what is made whole, and the next pass keeps it.
+  std::vector<CopyRecord> copies;
+  for (int i = 0; i < 12; ++i) copies.push_back(Place(std::to_string(i) + ".jpg", Grain(400, 300)));
+  EXPECT_TRUE(
+      DerivePictures(copies, {{"web", 200}}, false, [](size_t, size_t) { return false; }).stopped);
+  std::map<std::string, Stamp> made;
+  for (const std::string& name : tree_->Tree("site/dir_0001")) {
+    if (name == "web/" || name == ".derivate") continue;
+    EXPECT_TRUE(name.ends_with(".jpg") && Load(Derived(name)).width() == 200) << name;  // whole
+    made[name] = StampOf(Derived(name));
+  }
+  EXPECT_TRUE(made.size() >= 1 && made.size() < copies.size()) << made.size();
+  EXPECT_FALSE(
+      DerivePictures(copies, {{"web", 200}}, false, [](size_t, size_t) { return true; }).stopped);
+  for (const auto& [name, stamp] : made) EXPECT_EQ(StampOf(Derived(name)), stamp) << name;
+}
+
+TEST(DerivedRecordTest, TextKeepsAnyNameAndDropsWhatItCannotRead) {
+  DerivedRecord record;
+  record.Put({"MINI", 480, "IMG\t1\\2\n.JPG", "/foto/a\rb.jpg", 12345, 1'700'000'000'123, true});
+  EXPECT_EQ(DerivedRecord::Parse(record.Text()).Text(), record.Text());
+  EXPECT_NE(DerivedRecord::Parse(record.Text()).Find("mini", "img\t1\\2\n.jpg"), nullptr);
+  // A good line, then a field short, not a number, no such escape, out of the album.
+  const std::string lines =
+      "\nweb\t1600\ta.jpg\t/a.jpg\t1\t2\ts\nweb\t1600\tb.jpg\t/b.jpg\t1\t2\n"
+      "web\tmolti\tc.jpg\t/c.jpg\t1\t2\ts\nweb\t1600\td\\q.jpg\t/d.jpg\t1\t2\ts\n"
+      "web\t1600\t../e.jpg\t/e.jpg\t1\t2\ts\n";
+  EXPECT_EQ(DerivedRecord::Parse("vetrina-derivate 1" + lines).size(), 1u);
+  EXPECT_EQ(DerivedRecord::Parse("vetrina-derivate 2" + lines).size(), 0u);
+}
+
+class HostFileSystemTest : public ::testing::Test {
+ protected:
+  HostFileSystemTest() {
+    tree_.Write("d/cd.jpg", "cd");
+    tree_.Write("c/a.jpg", "small");
+    tree_.Write("c/A.JPG", "capital");
+  }
+  std::string Host(const std::string& relative) const { return tree_.Path(relative).string(); }
+  // The bytes of the file, or its failure number as "ERR n".
+  std::string Read(const std::string& path) {
+    std::unique_ptr<InputFile> file;
+    if (int failure = fs_.OpenInput(path, &file)) return "ERR " + std::to_string(failure);
+    char bytes[4096];
+    size_t got = 0;
+    return file->Read(bytes, sizeof bytes, &got) == kOk ? std::string(bytes, got) : "ERR";
+  }
+  int Write(const std::string& path, const std::string& bytes = "") {
+    std::unique_ptr<OutputFile> file;
+    if (int failure = fs_.OpenOutput(path, &file)) return failure;
+    file->Write(bytes.data(), bytes.size());
+    return file->Close();
+  }
+
+  test::TempTree tree_;
+  HostFileSystem fs_{{{'d', Host("d"), true}, {'c', Host("c"), false}}};
+};
+
+TEST_F(HostFileSystemTest, NamesMatchIgnoringCaseExactSpellingFirstAndNothingIsReplaced) {
+  tree_.Write("c/Sito/Index.HTM", "old");
+  for (const char* name : {"F/SUB/Q.JPG", "F/sub/o.jpg", "F/SUB/r.jpg", "F/SUB/R.JPG"}) {
+    tree_.Write(std::string("c/") + name, name);
+  }
+  EXPECT_EQ(Read("C:\\SITO\\index.htm") + Read("C:\\a.jpg") + Read("C:\\A.jpg"), "oldsmallcapital");
+  ASSERT_EQ(Write("c:\\sito\\index.htm", "new") + Write("C:\\a.jpg", "x"), kOk);
+  ASSERT_EQ(fs_.MakeFolder("c:\\SITO\\Dir_0001") + fs_.SetCurrentFolder("c:\\sito\\DIR_0001"), kOk);
+  EXPECT_EQ(
+      fs_.Copy("..\\INDEX.HTM", "Img.jpg") + fs_.Copy("..\\..\\..\\sito\\index.htm", "IMG.JPG"),
+      kOk);  // and no way above the root
+  EXPECT_EQ(fs_.MakeFolder("C:\\sito\\DIR_0001"), kErroreAccesso);
+  EXPECT_EQ(fs_.Copy("C:\\a.JPG", "C:\\.\\A.JPG"), kErroreAccesso);  // onto itself
+  EXPECT_EQ(fs_.Rename("C:\\a.jpg", "C:\\A.JPG"), kFileEsistente);
+  // A case-only rename keeps the file in its own folder, even beside a
+  // folder whose name differs only in case, and never replaces a file.
+  EXPECT_EQ(fs_.Rename("C:\\F\\SUB\\R.JPG", "c:\\f\\sub\\r.jpg"), kFileEsistente);
+  EXPECT_EQ(fs_.Rename("C:\\F\\SUB\\Q.JPG", "c:\\f\\sub\\q.jpg"), kOk);
+  EXPECT_EQ(tree_.Tree("c"),
+            (Names{"A.JPG", "F/", "F/SUB/", "F/SUB/R.JPG", "F/SUB/q.jpg", "F/SUB/r.jpg", "F/sub/",
+                   "F/sub/o.jpg", "Sito/", "Sito/DIR_0001/", "Sito/DIR_0001/IMG.JPG",
+                   "Sito/index.htm", "a.jpg"}));
+  EXPECT_EQ(tree_.Read("c/Sito/DIR_0001/IMG.JPG") + tree_.Read("c/A.JPG") + tree_.Read("c/a.jpg") +
+                tree_.Read("c/F/SUB/R.JPG"),
+            "newcapitalxF/SUB/R.JPG");
+  EXPECT_EQ(fs_.HostPath("c:\\SITO\\new.htm"), Host("c/Sito/new.htm"));
+  // Failures have their numbers and write nothing.
+  EXPECT_EQ(Read("D:\\CD.JPG") + Read("C:\\nothing.jpg"), "cdERR 53");
+  EXPECT_EQ(Read("C:\\no\\a.jpg") + Read("C:\\a.jpg\\b.jpg") + Read("Q:\\a.jpg"),
+            "ERR 76ERR 76ERR 76");
+  EXPECT_EQ(Write("D:\\x.htm"), kErroreAccesso);  // read-only
+  EXPECT_EQ(fs_.Rename("C:\\gone.jpg", "C:\\x.jpg"), kFileNonTrovato);
+  EXPECT_EQ(fs_.SetCurrentFolder("C:\\a.jpg"), kPercorsoNonTrovato);
+  EXPECT_EQ(fs_.SetCurrentDrive("Q"), kPercorsoNonTrovato);
+  EXPECT_EQ(Write("C:\\a?.htm"), kNomeNonValido);
+  EXPECT_EQ(tree_.Tree("d"), Names{"cd.jpg"});
+  EXPECT_FALSE(tree_.Exists("c/a?.htm") || tree_.Exists("c/x.jpg"));
+  tree_.Write("c/big.jpg", std::string(10000, 'x'));
+  EXPECT_EQ(OnAFullDisk([&] { return fs_.Copy("C:\\big.jpg", "C:\\copia.jpg"); }), kErroreAccesso);
+  // A full disk shows when the buffer is written out, at the latest on closing.
+  HostOutputFile small(Fd(::open("/dev/full", O_WRONLY | O_CLOEXEC)));
+  EXPECT_EQ(small.Write("x", 1), kOk);
+  EXPECT_EQ(small.Close(), kDiscoPieno);
+  EXPECT_EQ(small.Write("x", 1), kDiscoPieno);
+  // A descriptor replaced by another is closed.
+  const int first = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+  Fd fd(first);
+  fd = Fd(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+  EXPECT_EQ(::fcntl(first, F_GETFD), -1);
+}
+
+TEST_F(HostFileSystemTest, ListingOrderKindsAndOutsideChanges) {
+  for (const char* name : {"b.txt", "a.txt", "A.txt", ".hidden", "Zeta", "_u", "end. "}) {
+    tree_.Write(std::string("c/l/") + name, "");
+  }
+  tree_.MakeFolder("c/l/dir");
+  ASSERT_EQ(::mkfifo(Host("c/l/pipe").c_str(), 0600), 0);
+  fs::create_directory_symlink(".", Host("c/l/loop"));
+  std::string shown;
+  for (const FolderEntry& e : fs_.ListFolder("C:\\L").entries) {
+    shown += e.name + "=" + "FDS"[e.kind] + (e.hidden ? "h" : "") + " ";
+  }
+  // Ordered by capitals, as Windows orders a folder: "_" after the letters.
+  EXPECT_EQ(shown,
+            ".hidden=Fh A.txt=F a.txt=F b.txt=F dir=D end. =F loop=D pipe=S "
+            "Zeta=F _u=F ");
+  int pipe = 0, hidden = 0;
+  EXPECT_EQ(fs_.Attributes("C:\\l\\PIPE", &pipe) + fs_.Attributes("C:\\l\\.HIDDEN", &hidden), kOk);
+  EXPECT_EQ(std::pair(pipe, hidden), std::pair(4, 2));
+  EXPECT_EQ(Read("C:\\l\\pipe"), "ERR 75");  // without waiting
+  // What changes outside the program is seen at once.
+  EXPECT_EQ(Read("C:\\NEW.JPG"), "ERR 53");
+  tree_.Write("c/new.jpg", "n");
+  EXPECT_EQ(Read("C:\\NEW.JPG"), "n");
+  fs::remove(Host("c/new.jpg"));
+  tree_.Write("c/New.jpg", "N");
+  tree_.Write("c/f/x.jpg", "x");
+  EXPECT_EQ(Read("C:\\NEW.JPG") + Read("C:\\f\\X.JPG"), "Nx");
+}
+
+TEST_F(HostFileSystemTest, WindowsFormOfHostAndTypedPaths) {
+  HostFileSystem fs({{'Z', "/", false}, {'C', Host("c"), false}, {'E', Host("c/e"), true}});
+  EXPECT_EQ(fs.CurrentFolder() + HostFileSystem({{'Z', "/", false}}).CurrentFolder(), "C:\\Z:\\");
+  for (const auto& [typed, windows] : std::vector<std::pair<std::string, std::string>>{
+           {Host("c/e/x/"), "E:\\x\\"},
+           {"~", "C:\\casa"},
+           {"~/Città d'arte/", "C:\\casa\\Città d'arte\\"},
+           {"~/../casa/./Sito//index.htm", "C:\\casa\\Sito\\index.htm"}}) {
+    EXPECT_EQ(WindowsFormOfTyped(typed, Host("c/casa"), fs).value_or(""), windows) << typed;
+  }
+  // Windows paths, names, other users' homes, and names that no Windows path
+  // can spell are left as typed.
+  for (const char* typed : {"C:\\Foto/", " /usr", "~anna/Foto", "/tmp/a:b", "/tmp/a\\b", ""}) {
+    EXPECT_FALSE(WindowsFormOfTyped(typed, Host("c/casa"), fs)) << typed;
+  }
+}
+
+TEST(UserAreaTest, TheStartCopiesWhatIsMissingReplacesNothingAndTellsWhatFailed) {
+  test::TempTree t;
+  t.Write("set/MENU.HTM", "menu");
+  t.Write("set/VETRINA-FOTO_DEFAULT/dir_0001/IMG_001.HTM", "pagina");
+  t.Write("set/.gitattributes", "* -text");
+  const std::string mine = "casa/Vetrina-Foto/";
+  EXPECT_EQ(PrepareUserArea(UserAreaOf(t.Path("casa").string()), t.Path("set").string()), "");
+  EXPECT_EQ(t.Read(mine + "MENU.HTM"), "menu");
+  // The user's edit stays; a file the set gained since, or one the user
+  // removed, arrives at the next start; no temporary file is left.
+  t.Write(mine + "MENU.HTM", "il mio menu");
+  fs::remove(t.Path(mine + "VETRINA-FOTO_DEFAULT/dir_0001/IMG_001.HTM"));
+  t.Write("set/PIEDE.HTM", "piede");
+  EXPECT_EQ(PrepareUserArea(UserAreaOf(t.Path("casa").string()), t.Path("set").string()), "");
+  EXPECT_EQ(t.Tree(mine),
+            (Names{"Disco C/", "MENU.HTM", "PIEDE.HTM", "VETRINA-FOTO_DEFAULT/",
+                   "VETRINA-FOTO_DEFAULT/dir_0001/", "VETRINA-FOTO_DEFAULT/dir_0001/IMG_001.HTM"}));
+  EXPECT_EQ(t.Read(mine + "MENU.HTM") + t.Read(mine + "PIEDE.HTM") +
+                t.Read(mine + "VETRINA-FOTO_DEFAULT/dir_0001/IMG_001.HTM"),
+            "il mio menupiedepagina");
+  // An area that cannot be made or filled is told; nothing is written elsewhere.
+  t.Write("bloccata/Vetrina-Foto", "un file al posto della cartella");
+  const std::string set = t.Path("set").string(), missing = "76 - Impossibile trovare il percorso";
+  std::vector<std::tuple<std::string, std::string, std::string>> rows = {
+      {t.Path("bloccata").string(), set, missing}, {t.Path("vuota").string(), set + "x", missing}};
+  // A file system that refuses every new folder, to root too.
+  if (fs::is_directory("/sys/kernel")) {
+    rows.push_back({"/sys/kernel/casa", set, "75 - Errore di accesso al percorso/file"});
+  }
+  for (const auto& [home, templates, failure] : rows) {
+    EXPECT_EQ(
+        PrepareUserArea(UserAreaOf(home), templates),
+        "Impossibile preparare la cartella del programma " + home +
+            "/Vetrina-Foto\r\rI modelli delle pagine potrebbero mancare.\r\r ERR= " + failure);
+  }
+  EXPECT_EQ(t.Tree("bloccata"), Names{"Vetrina-Foto"});
+  EXPECT_EQ(t.Tree("vuota"), (Names{"Vetrina-Foto/", "Vetrina-Foto/Disco C/"}));
+}
+
+}  // namespace
+}  // namespace vf
