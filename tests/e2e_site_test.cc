@@ -1,5 +1,7 @@
 // The single and the paged build through vetrina-foto-script, on a small
-// template set: pages, albums, links, questions and messages.
+// template set: pages, albums, links, questions and messages, missing
+// templates, pages that move when their folder cannot be written, and output
+// folders that cannot be reached.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -50,12 +52,11 @@ std::string Cella(const std::string& pulsante, const std::string& link,
 
 // A program folder with the small template set, an empty site folder and
 // `n` pictures P01.JPG… with texts of their own.
-struct Site {
-  TempTree tree;
+struct Site : TempTree {
   explicit Site(int n = 0) {
-    WriteFixtureTemplates(tree, "c/PROG");
-    tree.MakeFolder("c/Sito");
-    for (int i = 1; i <= n; ++i) tree.Write("c/Foto/" + Name(i), "bytes of " + Name(i));
+    WriteFixtureTemplates(*this, "c/PROG");
+    MakeFolder("c/Sito");
+    for (int i = 1; i <= n; ++i) Write("c/Foto/" + Name(i), "bytes of " + Name(i));
   }
   static std::string Name(int i) { return (i < 10 ? "P0" : "P") + std::to_string(i) + ".JPG"; }
   // Runs `body` after the start, with `n` pictures in the list.
@@ -64,11 +65,15 @@ struct Site {
     for (int i = 1; i <= n; ++i) adds += "add C:\\Foto\\" + Name(i) + "\n";
     if (n > 0) adds += "set txtNUM_FILE " + std::to_string(n) + "\n";
     RunResult r =
-        RunScript("drive C c\nprogram C:\\PROG\n" + before + "start\n" + adds + body, tree.root());
+        RunScript("drive C c\nprogram C:\\PROG\n" + before + "start\n" + adds + body, root());
     EXPECT_EQ(r.status, 0) << r.err;
     return r;
   }
-  std::string Page(const std::string& p) const { return tree.Text("c/Sito/" + p); }
+  // A run with drive E: read-only and one entry to build, `setup` before the start.
+  RunResult Fail(const std::string& body, const std::string& setup = "") const {
+    return Run("set txtNUM_FILE 1\n" + body, 0, "drive E e readonly\n" + setup);
+  }
+  std::string Page(const std::string& p) const { return Text("c/Sito/" + p); }
   bool Has(const std::string& page, const std::string& text) const {
     return Page(page).find(text) != std::string::npos;
   }
@@ -89,7 +94,7 @@ TEST(SingleBuild, AnEmptyListWritesTheSkeletonAndTheSiteFilesInBothCases) {
             "Command5.Enabled = True\n");
   EXPECT_EQ(site.Page("foto.htm"), kTesta + kRitorno + kTabella + kCoda);
   EXPECT_EQ(
-      site.tree.Tree("c/Sito"),
+      site.Tree("c/Sito"),
       (Texts{"diaposit.jpg", "film-1a.jpg", "foto-1a.jpg", "foto.htm", "htm-1a.jpg", "intest_2.htm",
              "intestaz.htm", "music-1a.jpg", "piede.htm", "piede_2.htm", "pulsante.jpg",
              "sfondo1g.jpg", "sfondo1p.jpg", "sfondo_1.gif", "sfondo_2.gif"}));
@@ -103,7 +108,7 @@ TEST(SingleBuild, AnEmptyListWritesTheSkeletonAndTheSiteFilesInBothCases) {
             "RUN: START /max /w FOTO.HTM -> OK\nModule1.Dir_Output = C:\\SITO\\\n"))
       << r.out;
   EXPECT_TRUE(upper.Has("FOTO.HTM", "<a href=\"INDEX.HTM\""));
-  EXPECT_TRUE(upper.tree.Exists("c/Sito/DIAPOSIT.JPG"));
+  EXPECT_TRUE(upper.Exists("c/Sito/DIAPOSIT.JPG"));
 }
 
 TEST(SingleBuild, CheckBoxesFilterTheHeadAndPickTheSecondTemplates) {
@@ -130,7 +135,7 @@ TEST(SingleBuild, CheckBoxesFilterTheHeadAndPickTheSecondTemplates) {
 
 TEST(SingleBuild, RefusalsTheExistingPageAndThePreview) {
   Site site;
-  site.tree.Write("c/Sito/index.htm", "old");
+  site.Write("c/Sito/index.htm", "old");
   RunResult r = site.Run(
       std::string(kIndex) +
           "set txtNUM_FILE abc\nclick Command1\nset txtNUM_FILE 3\nclick Command1\n"
@@ -176,15 +181,15 @@ TEST(Albums, AlbumsLinksAndPlacesPastTheEnd) {
                          "href=\"../dir_0001/menu.htm\">prec</a>\n"));
     EXPECT_TRUE(site.Has("dir_0002/menu.htm",
                          n == 23 ? "../dir_0003/menu.htm\">succ" : "../index.htm\">succ"));
-    EXPECT_EQ(site.tree.Read("c/Sito/dir_0002/img_001.jpg"), "bytes of P10.JPG");
+    EXPECT_EQ(site.Read("c/Sito/dir_0002/img_001.jpg"), "bytes of P10.JPG");
     EXPECT_EQ(site.Page("dir_0001/img_009.htm"),
               "<html><body>\n<img src=\"img_009.jpg\">\n<a href=\"img_008.htm\">prev</a>\n<a "
               "href=\"img_010.htm\">next</a>\n<a href=\"../dir_0002/menu.htm\">album</a>\n"
               "</body></html>\n");
-    EXPECT_TRUE(site.tree.Exists("c/Foto/p01.jpg") && !site.tree.Exists("c/Foto/P01.JPG"));
+    EXPECT_TRUE(site.Exists("c/Foto/p01.jpg") && !site.Exists("c/Foto/P01.JPG"));
     if (n != 20) continue;
     EXPECT_EQ(
-        site.tree.Tree("c/Sito/dir_0003"),
+        site.Tree("c/Sito/dir_0003"),
         (Texts{"img_001.htm", "img_001.jpg", "img_002.htm", "img_002.jpg", "menu.htm",
                "puls_dx3.jpg", "puls_su3.jpg", "puls_sx3.jpg", "sfondo_1.gif", "sfondo_2.gif"}));
     // Places past the end of the list keep a name that ends in its dot.
@@ -198,7 +203,7 @@ TEST(Albums, AlbumsLinksAndPlacesPastTheEnd) {
 TEST(Albums, CapitalsMediaEntriesRowWrapAndAlbumSizesBelowOne) {
   Site site;
   for (const char* f : {"Musica/Canto.mp3", "a.gif", "b.jpg"}) {
-    site.tree.Write(std::string("c/Foto/") + f, f);
+    site.Write(std::string("c/Foto/") + f, f);
   }
   site.Run(
       "add C:\\Foto\\Musica\\Canto.mp3\nadd C:\\Foto\\a.gif\nadd C:\\Foto\\b.jpg\n"
@@ -209,9 +214,8 @@ TEST(Albums, CapitalsMediaEntriesRowWrapAndAlbumSizesBelowOne) {
             kTesta + kTabella + Cella("PULSANTE.JPG", "CANTO.MP3", "CANTO.MP3") +
                 Cella("PULSANTE.JPG", "DIR_0002\\MENU.HTM", "SCELTA  2") + " \n</tr>\n<tr>\n \n" +
                 Cella("PULSANTE.JPG", "DIR_0003\\MENU.HTM", "SCELTA  3") + kCoda);
-  EXPECT_EQ(
-      site.tree.Read("c/Sito/DIR_0001/IMG_001.MP3") + site.tree.Read("c/Sito/DIR_0002/IMG_001.GIF"),
-      "Musica/Canto.mp3a.gif");
+  EXPECT_EQ(site.Read("c/Sito/DIR_0001/IMG_001.MP3") + site.Read("c/Sito/DIR_0002/IMG_001.GIF"),
+            "Musica/Canto.mp3a.gif");
   EXPECT_TRUE(site.Has("DIR_0002/MENU.HTM", "<a href=\"../DIR_0001/MENU.HTM\">prec</a>"));
   EXPECT_TRUE(site.Has("DIR_0002/MENU.HTM", "<img src=\"img_001.GIF\">"));
   // An album size below one gives one album per entry, with links that lead.
@@ -221,21 +225,21 @@ TEST(Albums, CapitalsMediaEntriesRowWrapAndAlbumSizesBelowOne) {
     EXPECT_TRUE(small.Has("index.htm", "SCELTA  3</A>")) << size;
     EXPECT_TRUE(small.Has("dir_0001/menu.htm", "../dir_0002/menu.htm\">succ"));
     EXPECT_TRUE(small.Has("dir_0003/menu.htm", "../index.htm\">succ"));
-    EXPECT_EQ(small.tree.Read("c/Sito/dir_0002/img_001.jpg"), "bytes of P02.JPG");
+    EXPECT_EQ(small.Read("c/Sito/dir_0002/img_001.jpg"), "bytes of P02.JPG");
   }
 }
 
 TEST(Albums, CopyAndPageFailuresAreToldAndTheLoopEnds) {
   Site site(3);
-  site.tree.Write("c/Foto/a.jpg", "small a");
-  site.tree.Write("c/Foto/A.JPG", "capital A");
-  std::filesystem::remove(site.tree.Path("c/PROG/puls_su3.jpg"));
+  site.Write("c/Foto/a.jpg", "small a");
+  site.Write("c/Foto/A.JPG", "capital A");
+  std::filesystem::remove(site.Path("c/PROG/puls_su3.jpg"));
   RunResult r = site.Run(
       "add C:\\Foto\\A.JPG\nadd C:\\Foto\\P01.JPG\nadd <C:\\Foto\\Sub>\nadd C:\\Foto\\P02.JPG\n"
       "set txtMAX_N_FILES 2\nset txtNUM_FILE 4\n" +
       std::string(kIndex) + "click Command1\n");
   // The copy took the entry's own file, and both files stay.
-  EXPECT_EQ(site.Page("dir_0001/img_001.jpg") + site.tree.Read("c/Foto/a.jpg"), "capital Asmall a");
+  EXPECT_EQ(site.Page("dir_0001/img_001.jpg") + site.Read("c/Foto/a.jpg"), "capital Asmall a");
   EXPECT_EQ(r.Messages(),
             (Texts{"Errore nella copia dell'immagine puls_su3.jpg{CR}{LF}ERR= 53 - Impossibile "
                    "trovare il file{CR}{CR}Copia C:\\PROG\\puls_su3.jpg "
@@ -249,22 +253,22 @@ TEST(Albums, CopyAndPageFailuresAreToldAndTheLoopEnds) {
   // The loop ended at the folder entry: its album has its cell and an empty
   // page 000 but no menu, and the last entry was not taken.
   EXPECT_EQ(site.Page("dir_0002/img_000.htm"), "");
-  EXPECT_FALSE(site.tree.Exists("c/Sito/dir_0002/menu.htm"));
-  EXPECT_FALSE(site.tree.Exists("c/Sito/dir_0002/img_002.jpg"));
+  EXPECT_FALSE(site.Exists("c/Sito/dir_0002/menu.htm"));
+  EXPECT_FALSE(site.Exists("c/Sito/dir_0002/img_002.jpg"));
   EXPECT_TRUE(site.Has("index.htm", "SCELTA  2</A>"));
 
   // A missing per-picture template ends the loop; an empty one gives an
   // empty page and no message.
   Site gap(3);
-  std::filesystem::remove(gap.tree.Path("c/PROG/VETRINA-FOTO_DEFAULT/dir_0001/IMG_002.HTM"));
-  gap.tree.Write("c/PROG/VETRINA-FOTO_DEFAULT/dir_0001/IMG_001.HTM", "");
+  std::filesystem::remove(gap.Path("c/PROG/VETRINA-FOTO_DEFAULT/dir_0001/IMG_002.HTM"));
+  gap.Write("c/PROG/VETRINA-FOTO_DEFAULT/dir_0001/IMG_001.HTM", "");
   r = gap.Run(kIndex + std::string("click Command1\n"), 3);
   EXPECT_EQ(r.Messages(), Texts{"Errore nella copia singoli HTML ERR= 53 - Impossibile trovare il "
                                 "file{CR}{CR}Copia c:\\prog\\vetrina-foto_default\\dir_0001\\"
                                 "img_002.htm c:\\sito\\dir_0001\\img_002.htm"});
   EXPECT_EQ(gap.Page("dir_0001/img_001.htm") + gap.Page("dir_0001/img_002.htm"), "");
-  EXPECT_FALSE(gap.tree.Exists("c/Sito/dir_0001/img_003.jpg"));
-  EXPECT_FALSE(gap.tree.Exists("c/Sito/dir_0001/menu.htm"));
+  EXPECT_FALSE(gap.Exists("c/Sito/dir_0001/img_003.jpg"));
+  EXPECT_FALSE(gap.Exists("c/Sito/dir_0001/menu.htm"));
 }
 
 TEST(PagedBuild, PagesAlbumsTheFinalPageAndRefusals) {
@@ -285,18 +289,18 @@ TEST(PagedBuild, PagesAlbumsTheFinalPageAndRefusals) {
       EXPECT_TRUE(
           site.Has("pag_" + k + ".htm", "<A HREF=\"dir_000" + k + "\\menu.htm\">\nSCELTA  " + k));
       EXPECT_TRUE(site.Has("pag_" + k + ".htm", "<a href=\"index.htm\""));
-      EXPECT_EQ(site.tree.Read("c/Sito/dir_000" + k + "/img_001.jpg"),
+      EXPECT_EQ(site.Read("c/Sito/dir_000" + k + "/img_001.jpg"),
                 "bytes of " + Site::Name((p - 1) * 9 + 1));
     }
     // The final page links to the pages by name; its own album stands apart.
     EXPECT_TRUE(site.Has("index.htm", "<A HREF=\"pag_1.htm\">\npag_1.htm</A>"));
     EXPECT_FALSE(site.Has("index.htm", "Ritorna"));
-    EXPECT_TRUE(site.tree.Exists("c/Sito/dir_000" + std::to_string(pages + 1) + "/img_001.htm"));
-    EXPECT_FALSE(site.tree.Exists("c/Sito/pag_" + std::to_string(pages + 1) + ".htm"));
+    EXPECT_TRUE(site.Exists("c/Sito/dir_000" + std::to_string(pages + 1) + "/img_001.htm"));
+    EXPECT_FALSE(site.Exists("c/Sito/pag_" + std::to_string(pages + 1) + ".htm"));
   }
   Site site(3);
   for (const char* f : {"pag_1.htm", "pag_2.htm", "index.htm"}) {
-    site.tree.Write(std::string("c/Sito/") + f, "old");
+    site.Write(std::string("c/Sito/") + f, "old");
   }
   RunResult r = site.Run(
       "add C:\\Foto\\P01.JPG\nadd C:\\Foto\\P02.JPG\nadd C:\\Foto\\P03.JPG\n" +
@@ -314,7 +318,7 @@ TEST(PagedBuild, PagesAlbumsTheFinalPageAndRefusals) {
                 "YES\n");
   // One Yes holds for the whole build.
   EXPECT_EQ(r.out.find("gia' esistente", r.out.find("pag_1.htm  gia'") + 20), std::string::npos);
-  EXPECT_NE(site.tree.Read("c/Sito/pag_2.htm"), "old");
+  EXPECT_NE(site.Read("c/Sito/pag_2.htm"), "old");
 }
 
 TEST(UsageDialog, ConfirmGivesTheSimplifiedLayoutAndCancelEnds) {
@@ -343,6 +347,122 @@ TEST(UsageDialog, ConfirmGivesTheSimplifiedLayoutAndCancelEnds) {
   EXPECT_EQ(r.out, "Command1.Visible = True\nModule1.Tipo_Utilizzo = 2\nEND\n");
   // Before Conferma the main window is not there.
   EXPECT_EQ(RunScript(start + "print Command1.Visible\n", tree.root()).status, 2);
+}
+
+TEST(Failures, MissingTemplatesAskWithYesAndNo) {
+  Site tree;
+  tree.MakeFolder("c/Sito");
+  for (const char* f : {"MENU.HTM", "INTESTAZ.HTM", "PIEDE.HTM"}) {
+    std::filesystem::remove(tree.Path(std::string("c/PROG/") + f));
+  }
+  RunResult r = tree.Fail(
+      "set txtNOME_FILE_HTM C:\\Sito\\index.htm\nanswer yes\nanswer no\nclick Command1\n"
+      "answer yes\nanswer yes\nanswer yes\nclick Command1\n");
+  const std::string menu = "BEEP\nASK: Manca il file MENU.HTM, continuo ?{CR}{CR} -> YES\nBEEP\n";
+  const std::string head =
+      "ASK: Manca il file INTESTAZ.HTM, continuo ?{CR}{CR}C:\\PROG\\INTESTAZ.HTM";
+  const std::string preview =
+      "BEEP\nASK: Visualizzo la pagina creata c:\\sito\\index.htm (S/N)  -> NO\n";
+  EXPECT_EQ(r.out, menu + head + " -> NO\nCURSOR: NORMAL\n" + preview + menu + head +
+                       " -> YES\nBEEP\nASK: Manca il file PIEDE.HTM, continuo ?{CR}{CR}"
+                       "C:\\PROG\\PIEDE.HTM -> YES\nCURSOR: BUSY\nCURSOR: NORMAL\n" +
+                       preview);
+  // Without head and foot the page holds the program's own lines only.
+  EXPECT_EQ(
+      tree.Text("c/Sito/index.htm"),
+      "<HTML>\n<table border=\"0\" cellpadding=\"0\" cellspacing=\"10\" width=\"130\">\n<tr>\n \n"
+      " </tr>\n</table>\n</center></div>\n</HTML>\n");
+  // Empty templates add nothing and ask nothing.
+  for (const char* f : {"MENU.HTM", "INTESTAZ.HTM", "PIEDE.HTM"})
+    tree.Write(std::string("c/PROG/") + f, "");
+  tree.Write("c/Foto/a.jpg", "a");
+  r = tree.Fail("add C:\\Foto\\a.jpg\nset txtNOME_FILE_HTM C:\\Sito\\e.htm\nclick Command1\n");
+  EXPECT_EQ(r.out,
+            "CURSOR: BUSY\nCURSOR: NORMAL\nBEEP\nASK: Visualizzo la pagina creata "
+            "c:\\sito\\e.htm (S/N)  -> NO\n");
+  EXPECT_EQ(tree.Read("c/Sito/dir_0001/menu.htm"), "");
+}
+
+TEST(Failures, AReadOnlyDriveFallsBackToCThenToCIndex) {
+  Site tree;
+  tree.MakeFolder("e/FOTO");
+  tree.MakeFolder("c/FOTO");
+  RunResult r = tree.Fail(
+      "set txtNOME_FILE_HTM E:\\FOTO\\Album.htm\nanswer yes\nclick Command1\nclick Command5\n");
+  EXPECT_EQ(r.out,
+            "CURSOR: BUSY\nBEEP\nMSG: Errore in registrazione Elenco (forse e' un CD-ROM) "
+            "e:\\foto\\album.htm{CR}{CR}Tento di registrare sul disco C: {CR}{CR} ERR= 75 - Errore "
+            "di accesso al percorso/file\nCURSOR: BUSY\nCURSOR: NORMAL\nBEEP\nASK: Visualizzo la "
+            "pagina creata C:\\foto\\album.htm (S/N)  -> YES\n"
+            // The moved page is opened where it is, not by its name alone.
+            "RUN: START /max /w C:\\foto\\album.htm -> OK\nRUN: START /max /w C:\\foto\\album.htm "
+            "-> OK\n");
+  EXPECT_EQ(tree.Read("c/FOTO/album.htm").substr(0, 6), "<HTML>");
+  // No such folder on C: either: the page goes to C:\index.htm.
+  std::filesystem::remove_all(tree.Path("c/FOTO"));
+  r = tree.Fail(
+      "set txtNOME_FILE_HTM E:\\FOTO\\Album.htm\nclick Command1\n"
+      "print Module1.Dir_Output\nprint Module1.Nome_File_Output\n");
+  EXPECT_EQ(tree.Read("c/index.htm").substr(0, 6), "<HTML>");
+  EXPECT_TRUE(r.Has("Module1.Dir_Output = C:\\\nModule1.Nome_File_Output = index.htm\n"));
+  // A paged build's later pages and final page follow the moved first page.
+  tree.MakeFolder("c/Sito");
+  tree.MakeFolder("e/Sito");
+  std::string adds;
+  for (const char* f : {"a.jpg", "b.jpg", "c.gif", "d.bmp"}) {
+    tree.Write(std::string("c/Foto/") + f, f);
+    adds += std::string("add C:\\Foto\\") + f + "\n";
+  }
+  r = tree.Fail(adds +
+                "set txtMAX_N_FILES 2\nset txtNUM_FILE 4\n"
+                "set txtNOME_FILE_HTM E:\\Sito\\index.htm\nclick Command4\n");
+  for (const char* f :
+       {"pag_1.htm", "pag_2.htm", "index.htm", "dir_0002/img_002.bmp", "dir_0003/img_001.htm"}) {
+    EXPECT_TRUE(tree.Exists(std::string("c/Sito/") + f)) << f;
+  }
+  const std::string menu2 = tree.Read("c/Sito/dir_0002/menu.htm");
+  EXPECT_NE(menu2.find("<img src=\"img_001.gif\">"), std::string::npos) << menu2;
+  EXPECT_NE(menu2.find("<img src=\"img_002.bmp\">"), std::string::npos);
+  EXPECT_TRUE(r.Has("ASK: Visualizzo la prima pagina creata C:\\sito\\index.htm (S/N)  -> NO"));
+}
+
+TEST(Failures, OutputFoldersThatCannotBeReachedDoNotStopTheBuild) {
+  Site tree;
+  // No backslash: the page goes to the current folder, the root of C:.
+  RunResult r =
+      tree.Fail("set txtNOME_FILE_HTM Pagina.htm\nclick Command1\nprint Module1.Dir_Output\n");
+  EXPECT_TRUE(tree.Exists("c/pagina.htm"));
+  EXPECT_TRUE(r.Has("Module1.Dir_Output = \n"));
+  // A drive that is not there, a missing folder: the recovery takes the page
+  // to drive C:; a folder without a drive moves under the root of C:.
+  for (const char* name : {"Q:\\Sito\\index.htm", "C:\\Manca\\index.htm", "?:\\x\\index.htm"}) {
+    r = tree.Fail(std::string("set txtNOME_FILE_HTM ") + name + "\nclick Command1\n");
+    EXPECT_TRUE(r.Has("ASK: Visualizzo la pagina creata")) << name;
+  }
+  EXPECT_TRUE(tree.Exists("c/index.htm"));
+  r = tree.Fail("set txtNOME_FILE_HTM \\\\Manca\\index.htm\nclick Command1\n");
+  EXPECT_TRUE(r.Has("(non esiste stessa cartella) C:\\manca\\index.htm{CR}")) << r.out;
+
+  // No drive line: C: is a folder of its own in the user's area, Z: the
+  // root; the output folder is missing, so the page goes to C:\index.htm.
+  TempTree home;
+  home.Write("foto/a.jpg", "A");
+  home.Write("casa/Documenti/lettera.txt", "cara");
+  std::string z = "Z:" + home.root().string();
+  for (char& c : z) c = c == '/' ? '\\' : c;
+  r = RunScript("start\nset txtPATH_RICERCA " + z +
+                    "\\foto\nclick cmdCONFERMA\nset txtNOME_FILE_HTM " + z +
+                    "\\manca\\sito\\index.htm\nclick Command1\n",
+                home.root(), home.Path("casa").string());
+  EXPECT_TRUE(r.Has("(non esiste stessa cartella) C:\\")) << r.out;
+  EXPECT_EQ(home.Read("casa/Vetrina-Foto/Disco C/dir_0001/img_001.jpg"), "A");
+  EXPECT_TRUE(home.Exists("casa/Vetrina-Foto/Disco C/index.htm"));
+  for (const std::string& name : home.Tree("casa")) {
+    EXPECT_TRUE(name.starts_with("Documenti/") || name.starts_with("Vetrina-Foto/Disco C/") ||
+                name == "Vetrina-Foto/")
+        << name;
+  }
+  EXPECT_FALSE(home.Exists("manca"));
 }
 
 }  // namespace
