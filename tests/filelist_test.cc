@@ -1,5 +1,6 @@
 // The file list: loading a folder tree, the filter, editing the list, and
-// the dialogs that choose folders and files.
+// the dialogs that choose folders and files; and the windows' models, every
+// control set up once with a name of its own, a place and its text.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -10,6 +11,7 @@
 #include "filelist/dialoghi.h"
 #include "filelist/legge_dir.h"
 #include "filelist/modifica_elenco.h"
+#include "shell/frm_album.h"
 #include "tests/support/banco.h"
 #include "tests/support/e2e.h"
 
@@ -299,6 +301,37 @@ TEST(Filelist, FolderDialogs) {
   Command3_Click(b.v);
   Command6_Click(b.v);
   EXPECT_EQ(f.txtPATH_RICERCA.Text + f.txtNOME_FILE_HTM.Text, "C:\\Foto\\D:\\W\\a\\pagina.htm");
+}
+
+template <typename Form>
+void ExpectEveryControlSetUp(Form& form, size_t count) {
+  std::set<std::string> names;
+  std::set<int> tabs;
+  for (const Control* c : form.Controls()) {
+    names.insert(c->Name);
+    using K = Control::Kind;
+    EXPECT_TRUE(c->kind == K::kDialog || (c->Width > 0 && c->Height > 0)) << c->Name;
+    const bool captioned = c->kind == K::kButton || c->kind == K::kOption || c->kind == K::kCheck ||
+                           c->kind == K::kLabel;
+    EXPECT_TRUE(!captioned || !c->Caption.empty()) << c->Name;
+    if (c->tab >= 0) {
+      EXPECT_TRUE(tabs.insert(c->tab).second) << c->Name;
+    }
+  }
+  EXPECT_EQ(names.size(), count);
+  EXPECT_FALSE(names.count(""));
+  EXPECT_EQ(tabs.empty() ? 0 : *tabs.rbegin() + 1, static_cast<int>(tabs.size()));
+}
+
+TEST(WindowModel, EveryControlIsSetUp) {
+  FrmAlbum main_window;
+  ExpectEveryControlSetUp(main_window, 43);
+  EXPECT_EQ(main_window.txtPATH_RICERCA.Text + main_window.txtESTENSIONE.Text,
+            "C:\\VETRINA-FOTO\\*");
+  EXPECT_FALSE(main_window.cmdCONFERMA_Tutti.Visible || main_window.Command4.Visible);
+  FrmAlbum1 usage;
+  ExpectEveryControlSetUp(usage, 5);
+  EXPECT_EQ(usage.Option1.Value, 1);
 }
 
 }  // namespace
