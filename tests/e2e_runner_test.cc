@@ -72,9 +72,9 @@ TEST(Runner, ExitStatuses) {
       {start + "click cmdFINE\nprint txtNUM_FILE.Text\n", 0}};
   for (const auto& [script, status] : scripts)
     EXPECT_EQ(RunScript(script, tree.root()).status, status);
-  EXPECT_EQ(RunRunner("manca.txt", tree.root()).status, 1);
+  EXPECT_EQ(RunScript("manca.txt", tree.root(), "", true).status, 1);
   for (const char* option : {"--help", "-h"}) {
-    r = RunRunner(option, tree.root());
+    r = RunScript(option, tree.root(), "", true);
     EXPECT_EQ(r.status, 0) << option;
     EXPECT_TRUE(r.Has("vetrina-foto-script SCRIPT")) << option;
   }

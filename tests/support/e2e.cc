@@ -26,11 +26,14 @@ std::string Slurp(const fs::path& p) {
   return s.str();
 }
 
-RunResult Run(const std::string* script, std::string arg, const fs::path& cwd,
-              const std::string& home) {
+}  // namespace
+
+RunResult RunScript(const std::string& script, const fs::path& cwd, const std::string& home,
+                    bool argument) {
   const fs::path work = MakeTemp("vf-run-XXXXXX");
-  if (script != nullptr) {
-    std::ofstream(work / "script.txt", std::ios::binary) << *script;
+  std::string arg = script;
+  if (!argument) {
+    std::ofstream(work / "script.txt", std::ios::binary) << script;
     arg = (work / "script.txt").string();
   }
   const std::string command = "cd '" + cwd.string() + "' && " +
@@ -48,8 +51,6 @@ RunResult Run(const std::string* script, std::string arg, const fs::path& cwd,
   fs::remove_all(work, ec);
   return r;
 }
-
-}  // namespace
 
 TempTree::TempTree() : root_(MakeTemp("vf-test-XXXXXX")) {}
 
@@ -106,14 +107,6 @@ std::vector<std::string> RunResult::Messages() const {
     if (l.starts_with("MSG: ")) out.push_back(l.substr(5));
   }
   return out;
-}
-
-RunResult RunScript(const std::string& script, const fs::path& cwd, const std::string& home) {
-  return Run(&script, "", cwd, home);
-}
-
-RunResult RunRunner(const std::string& argument, const fs::path& cwd) {
-  return Run(nullptr, argument, cwd, "");
 }
 
 std::string CrLf(const std::string& text) {

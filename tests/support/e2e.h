@@ -42,10 +42,9 @@ struct RunResult {
 };
 
 // Runs vetrina-foto-script on `script` in `cwd`, with `home` as its home
-// folder when given; with `argument`, on that script path or option instead.
+// folder when given; with `argument`, on that text (a path, an option).
 RunResult RunScript(const std::string& script, const std::filesystem::path& cwd,
-                    const std::string& home = "");
-RunResult RunRunner(const std::string& argument, const std::filesystem::path& cwd);
+                    const std::string& home = "", bool argument = false);
 
 // The text with every line feed written as CR LF, as templates are.
 std::string CrLf(const std::string& text);
