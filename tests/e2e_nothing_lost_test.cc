@@ -139,7 +139,6 @@ TEST(NothingLost, ABuildIntoTheProgramFolderKeepsEveryTemplate) {
     std::string page, asked, message, written;
   } cases[] = {
       {false, "", "c:\\prog\\index.htm", "", "PROG/dir_0002/img_002.jpg"},
-      {true, "", "C:\\PROG\\INDEX.HTM", "", "PROG/DIR_0002/IMG_002.JPG"},
       {false, "C:\\PROG\\VETRINA-FOTO_DEFAULT\\index.htm",
        "c:\\prog\\vetrina-foto_default\\index.htm",
        over + "c:\\prog\\vetrina-foto_default\\dir_0001\\img_001.htm "
