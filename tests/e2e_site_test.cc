@@ -321,34 +321,6 @@ TEST(PagedBuild, PagesAlbumsTheFinalPageAndRefusals) {
   EXPECT_NE(site.Read("c/Sito/pag_2.htm"), "old");
 }
 
-TEST(UsageDialog, ConfirmGivesTheSimplifiedLayoutAndCancelEnds) {
-  TempTree tree;
-  tree.MakeFolder("c");
-  const std::string start = "drive C c\nprogram C:\\\nstart usage\n";
-  RunResult r = RunScript(
-      start +
-          "print frmALBUM1.Option1.Value\nprint Module1.Tipo_Utilizzo\n"
-          "click frmALBUM1.Command1\nprint Module1.Tipo_Utilizzo\nprint Label6(0).Visible\n"
-          "print Label6(1).Caption\nprint Label6(6).Caption\nprint Label6(3).Caption\n"
-          "print Label6(3).Top\nprint Command1.Visible\nprint txtNOME_FILE_HTM.Visible\n"
-          "print Option2.Visible\nprint Command4.Visible\nprint txtNOME_FILE_HTM.Text\n",
-      tree.root());
-  EXPECT_EQ(r.out,
-            "frmALBUM1.Option1.Value = True\nModule1.Tipo_Utilizzo = 0\nModule1.Tipo_Utilizzo = 1\n"
-            "Label6(0).Visible = False\nLabel6(1).Caption = 1\nLabel6(6).Caption = 4\n"
-            "Label6(3).Caption = 3\nLabel6(3).Top = 2940\nCommand1.Visible = False\n"
-            "txtNOME_FILE_HTM.Visible = False\nOption2.Visible = False\nCommand4.Visible = True\n"
-            "txtNOME_FILE_HTM.Text = C:\\\\index.htm\n");
-  r = RunScript(start +
-                    "click frmALBUM1.Option2\nclick frmALBUM1.Command1\n"
-                    "print Command1.Visible\nprint Module1.Tipo_Utilizzo\n"
-                    "click frmALBUM1.Command2\nprint Command1.Visible\n",
-                tree.root());
-  EXPECT_EQ(r.out, "Command1.Visible = True\nModule1.Tipo_Utilizzo = 2\nEND\n");
-  // Before Conferma the main window is not there.
-  EXPECT_EQ(RunScript(start + "print Command1.Visible\n", tree.root()).status, 2);
-}
-
 TEST(Failures, MissingTemplatesAskWithYesAndNo) {
   Site tree;
   tree.MakeFolder("c/Sito");

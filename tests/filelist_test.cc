@@ -334,5 +334,29 @@ TEST(WindowModel, EveryControlIsSetUp) {
   EXPECT_EQ(usage.Option1.Value, 1);
 }
 
+TEST(WindowModel, TheUsageDialogGivesTheSimplifiedOrTheCompleteWindow) {
+  for (bool simplified : {true, false}) {
+    MemoryFileSystem fs;
+    RecordingUi ui;
+    ui.program_folder = "C:\\";
+    Vetrina v{fs, ui};
+    Main_Con_Scelta(v);
+    EXPECT_EQ(v.frmALBUM1.Option1.Value * 10 + v.Module1.Tipo_Utilizzo, 10);
+    v.frmALBUM1.Option1.Value = simplified;  // the option group, as a click leaves it
+    v.frmALBUM1.Option2.Value = !simplified;
+    frmALBUM1_Command1_Click(v);
+    const FrmAlbum& f = v.frmALBUM;
+    EXPECT_EQ(v.Module1.Tipo_Utilizzo, simplified ? 1 : 2);
+    EXPECT_EQ(f.Command1.Visible, !simplified);
+    if (!simplified) continue;
+    EXPECT_FALSE(f.Label6[0].Visible || f.txtNOME_FILE_HTM.Visible || f.Option2.Visible);
+    EXPECT_TRUE(f.Command4.Visible);
+    EXPECT_EQ(f.Label6[1].Caption + f.Label6[6].Caption + f.Label6[3].Caption, "143");
+    EXPECT_EQ(f.Label6[3].Top, 2940);
+    EXPECT_EQ(f.txtNOME_FILE_HTM.Text, "C:\\\\index.htm");
+    EXPECT_THROW(frmALBUM1_Command2_Click(v), FineProgramma);  // Annulla ends the program
+  }
+}
+
 }  // namespace
 }  // namespace vf::test
