@@ -1,5 +1,5 @@
-// The file layer's text-file slots, the faults a script plants in it, and
-// the exact disk operations of a build, on the file layer in memory.
+// The file layer's text-file slots, and the exact disk operations of a
+// build, on the file layer in memory.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -7,7 +7,6 @@
 
 #include "commands/creazione_index.h"
 #include "platform/failure.h"
-#include "platform/fault_injection.h"
 #include "platform/text_slots.h"
 #include "tests/support/banco.h"
 
@@ -15,32 +14,6 @@ namespace vf {
 namespace {
 
 using Lines = std::vector<std::string>;
-
-int Write(FileSystem& fs, const std::string& path) {
-  std::unique_ptr<OutputFile> file;
-  int failure = fs.OpenOutput(path, &file);
-  return failure != kOk ? failure : file->Close();
-}
-
-TEST(FileLayer, PlantedFaultsMatchTheSamePlace) {
-  MemoryFileSystem memory;
-  memory.AddFile("C:\\a.jpg", "a");
-  memory.AddFolder("C:\\sito");
-  FaultInjectingFileSystem fs(memory);
-  fs.AddFailure("C:\\SITO\\index.htm", kDiscoPieno);
-  fs.AddFailure("c:/sito/./dir_0001", kErroreAccesso);
-  fs.AddFailure("<bad>", kDiscoPieno);  // names nothing: no rule
-  ASSERT_EQ(fs.SetCurrentFolder("C:\\Sito"), kOk);
-  EXPECT_EQ(Write(fs, "index.htm"), kDiscoPieno);
-  EXPECT_EQ(fs.Copy("C:\\a.jpg", "C:\\sito\\INDEX.HTM"), kDiscoPieno);
-  EXPECT_EQ(fs.Rename("C:\\a.jpg", "\\sito\\index.htm"), kDiscoPieno);
-  EXPECT_EQ(fs.MakeFolder("dir_0001"), kErroreAccesso);
-  EXPECT_EQ(fs.Copy("C:\\a.jpg", "C:\\sito\\index.htm.bak"), kOk);
-  EXPECT_EQ(fs.Copy("C:\\sito\\index.htm.bak", "C:\\b.jpg"), kOk);
-  EXPECT_EQ(fs.CurrentFolder(), "C:\\Sito\\");
-  EXPECT_EQ(memory.log(), (Lines{"COPY C:\\a.jpg -> C:\\sito\\index.htm.bak",
-                                 "COPY C:\\sito\\index.htm.bak -> C:\\b.jpg"}));
-}
 
 Lines Read(const std::string& bytes) {
   MemoryFileSystem fs;

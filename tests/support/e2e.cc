@@ -56,11 +56,6 @@ TempTree::TempTree() : root_(MakeTemp("vf-test-XXXXXX")) {}
 
 TempTree::~TempTree() {
   std::error_code ec;
-  // Read-only folders left by a test must not keep the tree from going.
-  for (auto it = fs::recursive_directory_iterator(root_, ec);
-       it != fs::recursive_directory_iterator(); it.increment(ec)) {
-    fs::permissions(it->path(), fs::perms::owner_all, fs::perm_options::add, ec);
-  }
   fs::remove_all(root_, ec);
 }
 
