@@ -302,6 +302,11 @@ TEST_F(HostFileSystemTest, NamesMatchIgnoringCaseExactSpellingFirstAndNothingIsR
   EXPECT_EQ(small.Write("x", 1), kOk);
   EXPECT_EQ(small.Close(), kDiscoPieno);
   EXPECT_EQ(small.Write("x", 1), kDiscoPieno);
+  // A descriptor replaced by another is closed.
+  const int first = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+  Fd fd(first);
+  fd = Fd(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+  EXPECT_EQ(::fcntl(first, F_GETFD), -1);
 }
 
 TEST_F(HostFileSystemTest, ListingOrderKindsAndOutsideChanges) {
