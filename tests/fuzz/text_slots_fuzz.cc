@@ -7,7 +7,7 @@
 #include "platform/failure.h"
 #include "platform/text_slots.h"
 #include "tests/fuzz/fuzz_support.h"
-#include "tests/support/memory_file_system.h"
+#include "tests/support/banco.h"
 
 struct ChunkedFiles : vf::MemoryFileSystem {
   static inline size_t chunk = 1;

@@ -1,16 +1,104 @@
 #ifndef VF_TESTS_SUPPORT_BANCO_H_
 #define VF_TESTS_SUPPORT_BANCO_H_
 
+#include <unistd.h>
+
 #include <deque>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "platform/failure.h"
+#include "platform/host_file_system.h"
 #include "platform/user_ops.h"
 #include "shell/avvio.h"
 #include "shell/vetrina.h"
-#include "tests/support/memory_file_system.h"
+
+namespace vf {
+
+// The folder a MemoryFileSystem keeps its drives in: a fresh one in memory
+// (/dev/shm when there is one), gone with the object.
+struct MemoryFolder {
+  MemoryFolder() {
+    namespace fs = std::filesystem;
+    std::error_code ec;
+    std::string pattern =
+        (fs::is_directory("/dev/shm", ec) ? fs::path("/dev/shm") : fs::temp_directory_path()) /
+        "vf-memoria-XXXXXX";
+    root = mkdtemp(pattern.data()) != nullptr ? pattern : fs::temp_directory_path().string();
+    fs::create_directories(root + "/C");
+    fs::create_directories(root + "/D");
+  }
+  ~MemoryFolder() {
+    std::error_code ec;
+    std::filesystem::remove_all(root, ec);
+  }
+  std::string root;
+};
+
+// The file layer of the logic's tests: the host layer itself, with drives C:
+// and D: in memory, and a journal of every change it made with the path as
+// typed: "MKDIR C:\sito\dir_0001", "WRITE C:\sito\index.htm" (at the open),
+// "COPY C:\a.jpg -> C:\sito\x.jpg", "RENAME C:\A.JPG -> C:\a.jpg".
+class MemoryFileSystem : private MemoryFolder, public HostFileSystem {
+ public:
+  MemoryFileSystem() : HostFileSystem({{'C', root + "/C"}, {'D', root + "/D"}}) {}
+
+  // Seeding, outside the journal: names exactly as given, folders on the way.
+  void AddFile(const std::string& winpath, const std::string& bytes) { Seed(winpath, &bytes); }
+  void AddFolder(const std::string& winpath) { Seed(winpath, nullptr); }
+  // The bytes of a file, found as a read finds it.
+  std::optional<std::string> Contents(const std::string& winpath) {
+    std::ifstream in(HostPath(winpath).value_or(""), std::ios::binary);
+    std::ostringstream bytes;
+    bytes << in.rdbuf();
+    return in && !std::filesystem::is_directory(*HostPath(winpath)) ? bytes.str()
+                                                                    : std::optional<std::string>();
+  }
+  const std::vector<std::string>& log() const { return log_; }
+
+  int OpenOutput(const std::string& path, std::unique_ptr<OutputFile>* file) override {
+    return Log(HostFileSystem::OpenOutput(path, file), "WRITE " + Typed(path));
+  }
+  int Copy(const std::string& from, const std::string& to) override {
+    return Log(HostFileSystem::Copy(from, to), "COPY " + Typed(from) + " -> " + Typed(to));
+  }
+  int MakeFolder(const std::string& path) override {
+    return Log(HostFileSystem::MakeFolder(path), "MKDIR " + Typed(path));
+  }
+  int Rename(const std::string& from, const std::string& to) override {
+    return Log(HostFileSystem::Rename(from, to), "RENAME " + Typed(from) + " -> " + Typed(to));
+  }
+
+ private:
+  void Seed(const std::string& winpath, const std::string* bytes) {
+    ParsedPath path;
+    if (Parse(winpath, &path) != kOk || (path.drive != 'C' && path.drive != 'D')) return;
+    std::filesystem::path host = std::filesystem::path(root) / std::string(1, path.drive);
+    for (const std::string& part : path.parts) host /= part;
+    std::error_code ec;
+    std::filesystem::create_directories(bytes != nullptr ? host.parent_path() : host, ec);
+    if (bytes != nullptr) std::ofstream(host, std::ios::binary) << *bytes;
+  }
+  std::string Typed(const std::string& path) const {
+    ParsedPath parsed;
+    Parse(path, &parsed);
+    return FormatWindowsPath(parsed);
+  }
+  int Log(int failure, std::string line) {
+    if (failure == kOk) log_.push_back(std::move(line));
+    return failure;
+  }
+
+  std::vector<std::string> log_;
+};
+
+}  // namespace vf
 
 namespace vf::test {
 
