@@ -4,12 +4,12 @@
 // through the runner.
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <map>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "platform/case_fold.h"
 #include "tests/support/e2e.h"
 
 namespace vf::test {
@@ -19,10 +19,7 @@ using Texts = std::vector<std::string>;
 using Snapshot = std::map<std::string, std::string>;  // path -> bytes ("" for a folder)
 using Blind = std::map<std::string, std::multiset<std::string>>;
 
-std::string Lower(std::string text) {
-  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return text;
-}
+std::string Lower(const std::string& text) { return ToLower(text); }
 
 Snapshot Take(const TempTree& tree) {
   Snapshot shot;

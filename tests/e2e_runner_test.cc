@@ -42,11 +42,6 @@ TEST(Runner, PrintsControlsListModuleAndEscapes) {
             "*.* -> C:\\Foto\\a b.jpg\ntxtPATH_RICERCA.Text = C:\\Foto\\\nBEEP\nDIALOG: Ricerca "
             "cartelle/directory contenenti Foto/Film/Suoni | C:\\Foto\\ | *.* -> \n"
             "Module1.Dir_Base = C:\\Foto\\\nEND\n");
-  r = RunScript(
-      "drive C c\nprogram C:\\\nscreen 800\nstart\nprint txtMAX_PER_RIGA.Text\n"
-      "print txtNOME_FILE_HTM.Text\n",
-      tree.root());
-  EXPECT_EQ(r.out, "txtMAX_PER_RIGA.Text = 5\ntxtNOME_FILE_HTM.Text = C:\\\\index.htm\n");
 }
 
 TEST(Runner, ExitStatuses) {

@@ -17,10 +17,8 @@ TEST(Text, CaseFoldingOfAsciiAndLatin1) {
   EXPECT_EQ(ToUpper("Città.jpg azAZ"), "CITTÀ.JPG AZAZ");
   EXPECT_EQ(ToLower("ÀÉÌÒÙ ÞÖ azAZ@[`{"), "àéìòù þö azaz@[`{");
   // × ÷ ß ÿ have no partner in the same range and stay as they are.
-  EXPECT_EQ(ToUpper("×÷ßÿ"), "×÷ßÿ");
-  EXPECT_EQ(ToLower("×÷ßÿ"), "×÷ßÿ");
-  EXPECT_TRUE(EqualIgnoringCase("Foto À.JPG", "foto à.jpg"));
-  EXPECT_FALSE(EqualIgnoringCase("a", "ab"));
+  EXPECT_EQ(ToUpper("×÷ßÿ") + ToLower("×÷ßÿ"), "×÷ßÿ×÷ßÿ");
+  EXPECT_TRUE(EqualIgnoringCase("Foto À.JPG", "foto à.jpg") && !EqualIgnoringCase("a", "ab"));
   // A lone lead byte is no letter and must not swallow the byte after it;
   // C3 80 and C3 BF are the ends of the folded range.
   EXPECT_EQ(ToLower("\xC3\x41\x42"), "\xC3\x61\x62");
