@@ -234,6 +234,9 @@ TEST(Filelist, RemovalAskAboutTheCurrentEntryOrRebuildInOrder) {
 TEST(Filelist, SelectAllNewListAndAddOneFile) {
   Banco b;
   auto& f = b.v.frmALBUM;
+  f.txtPATH_RICERCA.Text = "C:\\Manca";  // a load that finds nothing enables nothing
+  cmdCONFERMA_Click(b.v);
+  EXPECT_FALSE(f.Command1.Enabled || f.Command4.Enabled);
   b.Aggiungi({"a", "b"});
   Option3_Click(b.v, 0);
   EXPECT_TRUE(f.List1.Selected(0) && f.List1.Selected(1));

@@ -49,32 +49,28 @@ std::string Parsed(std::string_view text) {
 TEST(Text, WindowsPaths) {
   // Typed|form, the current folder being C:\sito\foto. Blanks and dots at
   // the ends of a name are part of it.
-  for (std::string row : {"index.htm|C:\\sito\\foto\\index.htm",
-                          "\\sito\\index.htm|C:\\sito\\index.htm",
-                          "c:name|C:\\sito\\foto\\name",
-                          "d:name|D:\\name",
-                          "D:|D:\\",
-                          "c:|C:\\sito\\foto",
-                          "c:\\sito\\\\index.htm|C:\\sito\\index.htm",
-                          "C:/a/b\\c/|C:\\a\\b\\c",
-                          "C:\\a\\.\\b\\..\\c|C:\\a\\c",
-                          "..\\..\\..\\..\\x|C:\\x",
-                          "\\\\server\\share|C:\\server\\share",
-                          "C:\\a. \\ b...\\...|C:\\a. \\ b...\\...",
-                          "|ERR 52",
-                          "<C:\\Foto\\Sub>|ERR 52",
-                          "C:\\a:b|ERR 52",
-                          "a?.jpg|ERR 52",
-                          "C:\\*.*|ERR 52",
-                          "x|y|ERR 52",
-                          "\"q\"|ERR 52",
-                          "1:\\x|ERR 52",
-                          "CC:\\x|ERR 52",
-                          "C:\\tab\there|ERR 52"}) {
+  const char* const rows[] = {"index.htm|C:\\sito\\foto\\index.htm",
+                              "\\sito\\index.htm|C:\\sito\\index.htm",
+                              "c:name|C:\\sito\\foto\\name",
+                              "d:name|D:\\name",
+                              "D:|D:\\",
+                              "A:x|A:\\x",
+                              "c:|C:\\sito\\foto",
+                              "c:\\sito\\\\index.htm|C:\\sito\\index.htm",
+                              "C:/a/b\\c/|C:\\a\\b\\c",
+                              "C:\\a\\.\\b\\..\\c|C:\\a\\c",
+                              "..\\..\\..\\..\\x|C:\\x",
+                              "\\\\server\\share|C:\\server\\share",
+                              "C:\\a. \\ b...\\...|C:\\a. \\ b...\\..."};
+  for (const std::string row : rows) {
     const size_t bar = row.rfind('|');
     EXPECT_EQ(Parsed(row.substr(0, bar)), row.substr(bar + 1)) << row;
   }
-  EXPECT_EQ(Parsed(std::string("a\0b", 3)), "ERR 52");
+  for (std::string text : std::initializer_list<std::string>{
+           "", "<C:\\Foto\\Sub>", "C:\\a:b", "a?.jpg", "C:\\*.*", "x|y", "\"q\"", "1:\\x", "CC:\\x",
+           "C:\\a>b", "C:\\tab\there", std::string("a\0b", 3)}) {
+    EXPECT_EQ(Parsed(text), "ERR 52") << text;
+  }
 }
 
 TEST(Text, SizesFileLinesGiveSizesAndBadOnesAreNamed) {
