@@ -156,14 +156,15 @@ TEST_F(DerivedPicturesTest, EachKindKeepsItsFormatStandsUprightInSrgbBareOrIsCop
 }
 
 TEST_F(DerivedPicturesTest, RebuildRedoesOnlyWhatChangedAndTheRecordOnlyThen) {
-  enum Change { kNothing, kSourceTouched, kPlacesSwapped, kSizeChanged, kRemoved, kCapitals };
+  enum Change { kNothing, kTouched, kSwapped, kResized, kRemoved, kCapitals, kNames };
   const std::map<Change, Names> redone = {
       {kNothing, {}},
-      {kSourceTouched, {".derivate", "mini/1.jpg", "web/1.jpg"}},
-      {kPlacesSwapped, {".derivate", "mini/0.jpg", "mini/1.jpg", "web/0.jpg", "web/1.jpg"}},
-      {kSizeChanged, {".derivate", "web/0.jpg", "web/1.jpg", "web/2.jpg"}},
+      {kTouched, {".derivate", "mini/1.jpg", "web/1.jpg"}},
+      {kSwapped, {".derivate", "mini/0.jpg", "mini/1.jpg", "web/0.jpg", "web/1.jpg"}},
+      {kResized, {".derivate", "web/0.jpg", "web/1.jpg", "web/2.jpg"}},
       {kRemoved, {".derivate", "web/2.jpg"}},
-      {kCapitals, {".derivate"}}};  // renamed, not made again
+      {kCapitals, {".derivate"}},  // renamed, not made again
+      {kNames, {".derivate"}}};    // only the copies' names in capitals
   for (const auto& [change, expected] : redone) {
     tree_.emplace();
     std::vector<CopyRecord> copies = {Place("0.jpg", Painted(300, 200, kOrange)),
@@ -175,16 +176,18 @@ TEST_F(DerivedPicturesTest, RebuildRedoesOnlyWhatChangedAndTheRecordOnlyThen) {
     for (const std::string& name : tree_->Tree("site/dir_0001")) {
       if (!name.ends_with('/')) before[name] = StampOf(Derived(name));
     }
-    const bool capitals = change == kCapitals;
-    if (change == kSourceTouched) fs::last_write_time(copies[1].source, fs::file_time_type{});
-    if (change == kPlacesSwapped) std::swap(copies[0].source, copies[1].source);
-    if (change == kSizeChanged) sizes[1].pixels = 120;
+    const bool capitals = change == kCapitals, names = capitals || change == kNames;
+    if (change == kTouched) fs::last_write_time(copies[1].source, fs::file_time_type{});
+    if (change == kSwapped) std::swap(copies[0].source, copies[1].source);
+    if (change == kResized) sizes[1].pixels = 120;
     if (change == kRemoved) fs::remove(Derived("web/2.jpg"));
-    for (int i = 0; capitals && i < 3; ++i) copies[i].copy = Derived(std::to_string(i) + ".JPG");
+    for (int i = 0; names && i < 3; ++i) copies[i].copy = Derived(std::to_string(i) + ".JPG");
     DerivePictures(copies, sizes, capitals, nullptr);
     Names changed;
     for (const auto& [name, stamp] : before) {
-      const std::string now = capitals && name[0] != '.' ? ToUpper(name) : name;
+      const size_t file = capitals ? 0 : name.find('/') + 1;
+      const std::string now =
+          names && name[0] != '.' ? name.substr(0, file) + ToUpper(name.substr(file)) : name;
       if (StampOf(Derived(now)) != stamp) changed.push_back(name);
     }
     EXPECT_EQ(changed, expected) << change;
