@@ -1,5 +1,4 @@
-// The runner's own language and printed forms, and a site built with the
-// program's template set, with and without web-sized pictures.
+// The runner's language and printed forms, and a build's web-sized pictures.
 #include <gtest/gtest.h>
 
 #include <filesystem>

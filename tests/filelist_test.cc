@@ -57,8 +57,8 @@ TEST(Filelist, LoadRefusesADotAppendsCountsAndSetsTheButtons) {
   Files(b, {"C:\\radice.jpg", "D:\\Foto\\p0.jpg", "D:\\Foto\\p1.jpg", "D:\\Foto\\p2.jpg"});
   f.txtESTENSIONE.Text = "a.b";
   cmdCONFERMA_Click(b.v);
-  EXPECT_EQ(b.Eventi(), "BEEP|MSG: Indicare solo l'estensione dei files da cercare !!!");
-  EXPECT_EQ(f.txtNUM_FILE.Text, "");
+  EXPECT_EQ(b.Eventi() + f.txtNUM_FILE.Text,
+            "BEEP|MSG: Indicare solo l'estensione dei files da cercare !!!");
   // A blank folder text is "c:\"; stars only, the root of the current drive.
   f.txtESTENSIONE.Text = "jpg";
   f.txtPATH_RICERCA.Text = "   ";
@@ -335,6 +335,7 @@ TEST(WindowModel, TheUsageDialogGivesTheSimplifiedOrTheCompleteWindow) {
     Vetrina v{fs, ui};
     Main_Con_Scelta(v);
     EXPECT_EQ(v.frmALBUM1.Option1.Value * 10 + v.Module1.Tipo_Utilizzo, 10);
+    EXPECT_TRUE(v.frmALBUM1.Loaded && !v.frmALBUM_Loaded);  // the window comes at Conferma
     v.frmALBUM1.Option1.Value = simplified;  // the option group, as a click leaves it
     v.frmALBUM1.Option2.Value = !simplified;
     frmALBUM1_Command1_Click(v);
