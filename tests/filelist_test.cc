@@ -26,7 +26,6 @@ void Files(Banco& b, const Voci& paths) {
   for (const std::string& p : paths) b.fs.AddFile(p, "");
 }
 
-// The text before and after the first "|" of a row.
 std::pair<std::string, std::string> Split(const std::string& row) {
   return {row.substr(0, row.find('|')), row.substr(row.find('|') + 1)};
 }
@@ -332,6 +331,7 @@ TEST(WindowModel, TheUsageDialogGivesTheSimplifiedOrTheCompleteWindow) {
     MemoryFileSystem fs;
     RecordingUi ui;
     ui.program_folder = "C:\\";
+    ui.screen_pixels = simplified ? 800 : 799.5;
     Vetrina v{fs, ui};
     Main_Con_Scelta(v);
     EXPECT_EQ(v.frmALBUM1.Option1.Value * 10 + v.Module1.Tipo_Utilizzo, 10);
@@ -340,7 +340,8 @@ TEST(WindowModel, TheUsageDialogGivesTheSimplifiedOrTheCompleteWindow) {
     v.frmALBUM1.Option2.Value = !simplified;
     frmALBUM1_Command1_Click(v);
     const FrmAlbum& f = v.frmALBUM;
-    EXPECT_EQ(v.Module1.Tipo_Utilizzo, simplified ? 1 : 2);
+    EXPECT_EQ(std::to_string(v.Module1.Tipo_Utilizzo) + f.txtMAX_PER_RIGA.Text,
+              simplified ? "15" : "24");
     EXPECT_EQ(f.Command1.Visible, !simplified);
     if (!simplified) continue;
     EXPECT_FALSE(f.Label6[0].Visible || f.txtNOME_FILE_HTM.Visible || f.Option2.Visible);

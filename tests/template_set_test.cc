@@ -1,7 +1,6 @@
-// The sample template set: every file the program reads or copies stands
-// under its exact name, as ASCII lines ending in CR LF, with the markers the
-// program rewrites once to a line; the pictures are real and small. What the
-// built site looks like is the browser check's.
+// The sample template set: each file the program reads stands under its exact
+// name as ASCII CR LF lines with a marker at most to a line; the pictures are
+// real and small. What the built site looks like is the browser check's.
 #include <gtest/gtest.h>
 
 #include <filesystem>
