@@ -367,7 +367,7 @@ void PrepareAlbum(Album* album, const std::vector<DerivedSize>& sizes, bool capi
   }
 }
 
-int64_t Nanoseconds(const struct timespec& time) {
+int64_t Nanoseconds(const decltype(stat::st_mtim)& time) {
   return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
 
