@@ -19,8 +19,6 @@ using Texts = std::vector<std::string>;
 using Snapshot = std::map<std::string, std::string>;  // path -> bytes ("" for a folder)
 using Blind = std::map<std::string, std::multiset<std::string>>;
 
-std::string Lower(const std::string& text) { return ToLower(text); }
-
 Snapshot Take(const TempTree& tree) {
   Snapshot shot;
   for (const std::string& p : tree.Tree()) shot[p] = p.back() == '/' ? "" : tree.Read(p);
@@ -32,7 +30,7 @@ Snapshot Take(const TempTree& tree) {
 Blind CaseBlind(const Snapshot& shot, const std::string& prefix) {
   Blind out;
   for (const auto& [path, bytes] : shot) {
-    if (Lower(path).starts_with(Lower(prefix))) out[Lower(path)].insert(bytes);
+    if (ToLower(path).starts_with(ToLower(prefix))) out[ToLower(path)].insert(bytes);
   }
   return out;
 }
@@ -40,11 +38,11 @@ Blind CaseBlind(const Snapshot& shot, const std::string& prefix) {
 // Paths of `from` that nothing of `to` matches ignoring case, outside `allowed`.
 Texts Unmatched(const Snapshot& from, const Snapshot& to, const std::string& allowed = "\n") {
   std::set<std::string> present;
-  for (const auto& kept : to) present.insert(Lower(kept.first));
+  for (const auto& kept : to) present.insert(ToLower(kept.first));
   Texts out;
   for (const auto& entry : from) {
-    const std::string key = Lower(entry.first);
-    if (present.count(key) == 0 && !key.starts_with(Lower(allowed))) out.push_back(entry.first);
+    const std::string key = ToLower(entry.first);
+    if (present.count(key) == 0 && !key.starts_with(ToLower(allowed))) out.push_back(entry.first);
   }
   return out;
 }
@@ -113,11 +111,11 @@ TEST(NothingLost, SourcesTakeTheChosenCaseButNeverAnotherFilesName) {
     // Each picture was copied once into the album folders.
     std::multiset<std::string> sources, copies;
     for (const auto& [path, bytes] : before) {
-      if (path.starts_with("Foto/") && Lower(path).ends_with(".jpg")) sources.insert(bytes);
+      if (path.starts_with("Foto/") && ToLower(path).ends_with(".jpg")) sources.insert(bytes);
     }
     for (const auto& [path, bytes] : after) {
-      if (Lower(path).starts_with("sito/dir_") && Lower(path).ends_with(".jpg") &&
-          Lower(path).find("/img_") != std::string::npos) {
+      if (ToLower(path).starts_with("sito/dir_") && ToLower(path).ends_with(".jpg") &&
+          ToLower(path).find("/img_") != std::string::npos) {
         copies.insert(bytes);
       }
     }
@@ -203,7 +201,7 @@ TEST(NothingLost, AShorterBuildReplacesOnlyWhatItWrites) {
     tree.MakeFolder("Vuota");
     RunScript(Build(setup, "C:\\New", "C:\\Vuota\\index.htm"), tree.root());
     std::set<std::string> written;
-    for (const std::string& p : tree.Tree("Vuota")) written.insert("sito/" + Lower(p));
+    for (const std::string& p : tree.Tree("Vuota")) written.insert("sito/" + ToLower(p));
     ASSERT_EQ(written.size(), 32u);
     for (int i = 1; i <= 5; ++i) {
       EXPECT_EQ(tree.Read("Sito/dir_0001/img_00" + std::to_string(i) + ".jpg"),
@@ -300,7 +298,7 @@ TEST(NothingLost, FullDiskAndReadOnlyDrivesAtEachStep) {
     tree.MakeFolder(c.site_folder ? "c/Sito" : "c");
     std::string setup;
     for (std::string d : {"C", "D", "E"}) {
-      setup += "drive " + d + " " + Lower(d) +
+      setup += "drive " + d + " " + ToLower(d) +
                (c.readonly.find(d) != std::string::npos ? " readonly\n" : "\n");
     }
     setup += "program E:\\PROG\n" + (c.fails.empty() ? "" : "fail " + c.fails + " 61\n");

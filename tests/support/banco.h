@@ -54,11 +54,11 @@ class MemoryFileSystem : private MemoryFolder, public HostFileSystem {
   void AddFolder(const std::string& winpath) { Seed(winpath, nullptr); }
   // The bytes of a file, found as a read finds it.
   std::optional<std::string> Contents(const std::string& winpath) {
-    std::ifstream in(HostPath(winpath).value_or(""), std::ios::binary);
+    const std::string host = HostPath(winpath).value_or("");
+    std::ifstream in(host, std::ios::binary);
     std::ostringstream bytes;
     bytes << in.rdbuf();
-    return in && !std::filesystem::is_directory(*HostPath(winpath)) ? bytes.str()
-                                                                    : std::optional<std::string>();
+    return in && !std::filesystem::is_directory(host) ? bytes.str() : std::optional<std::string>();
   }
   const std::vector<std::string>& log() const { return log_; }
 
