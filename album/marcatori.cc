@@ -1,5 +1,6 @@
 #include "album/marcatori.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "shell/testo.h"
@@ -48,7 +49,7 @@ void Nome_Immagine(Vetrina& v, StatoEsecuzione& s, size_t p, int64_t i) {
   double posizione = static_cast<double>(s.Num_Album - v.Primo_Album) * m + static_cast<double>(i) -
                      1 + (v.Module1.Primo_File - 1);
   std::string voce = Trim(v.frmALBUM.List1.List(ArrotondaPari(posizione)));
-  std::string estensione = voce.size() <= 3 ? voce : voce.substr(voce.size() - 3);
+  std::string estensione = voce.substr(voce.size() - std::min<size_t>(voce.size(), 3));
   s.Estensione = CasoScelto(v, estensione);
   s.Riga_Nuova = s.Riga.substr(0, p + 8) + s.Estensione + s.Riga.substr(p + 11);
 }
@@ -59,7 +60,8 @@ void Nomi_Immagini(Vetrina& v, StatoEsecuzione& s, const std::string& minuscola)
   int64_t alto = Intero(std::floor(m));
   // Markers have three digits, so places a thousand apart share a marker and
   // only the highest of each thousand can be the last rewriting.
-  for (int64_t i = alto; i >= 1 && i > alto - 1000; --i) {
+  const int64_t fine = std::max<int64_t>(alto - 1000, 0);
+  for (int64_t i = alto; i > fine; --i) {
     size_t p = minuscola.find("img_" + Cifre(i, 3) + ".jpg");
     if (p != std::string::npos) {
       Nome_Immagine(v, s, p, i);

@@ -46,7 +46,7 @@ DerivedPass RunDerivedPass(HostFileSystem& fs, const std::string& program_folder
   const std::vector<HostFileSystem::Copied> copied = fs.TakeCopies();
   std::string text;
   std::string folder = program_folder;
-  if (!folder.empty() && folder.back() != '\\') folder += '\\';
+  if (!folder.ends_with('\\')) folder += '\\';
   if (!ReadAll(fs, folder + "DIMENSIONI.TXT", &text)) return pass;
   const SizesFile sizes = ParseSizesFile(text);
   if (!sizes.bad_lines.empty()) {
@@ -58,7 +58,7 @@ DerivedPass RunDerivedPass(HostFileSystem& fs, const std::string& program_folder
   for (const HostFileSystem::Copied& c : copied) {
     if (CopyOfAnEntry(c.to)) copies.push_back({c.from, c.to});
   }
-  if (sizes.sizes.empty() || copies.empty()) return pass;
+  if (copies.empty()) return pass;
   const DeriveOutcome outcome = DerivePictures(copies, sizes.sizes, capitals, progress);
   pass.stopped = outcome.stopped;
   auto tell = [&](const char* heading, const std::vector<std::string>& pictures) {

@@ -414,19 +414,6 @@ void Plan(Job* job, Album* album, const CopyRecord& copy, const std::vector<Deri
   }
 }
 
-int WriteBytes(int fd, const std::string& bytes) {
-  size_t at = 0;
-  while (at < bytes.size()) {
-    ssize_t done = ::write(fd, bytes.data() + at, bytes.size() - at);
-    if (done < 0) {
-      if (errno == EINTR) continue;
-      return FailureFromErrno(errno);
-    }
-    at += static_cast<size_t>(done);
-  }
-  return kOk;
-}
-
 // Makes the planned sizes of one picture. Runs on a worker thread and
 // touches nothing but the job.
 void Make(Job* job, const Album& album, const CopyRecord& copy,
@@ -449,7 +436,7 @@ void Make(Job* job, const Album& album, const CopyRecord& copy,
     if (scalable) scaled = picture.Scale(sizes[s].pixels, s != job->sizes.back());
     std::string folder = album.path + "/" + album.folders[s];
     int failure = WriteFileInPlace(folder, job->name, [&](int out) {
-      if (scaled) return WriteBytes(out, *scaled);
+      if (scaled) return WriteAll(out, *scaled);
       if (::lseek(fd.get(), 0, SEEK_SET) != 0) return static_cast<int>(kErroreAccesso);
       return CopyHostData(fd.get(), out);
     });

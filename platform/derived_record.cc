@@ -114,18 +114,6 @@ bool ParseLine(std::string_view line, DerivedEntry* entry) {
   return one_step(entry->folder) && one_step(entry->copy_name);
 }
 
-int WriteAll(int fd, std::string_view data) {
-  while (!data.empty()) {
-    ssize_t done = ::write(fd, data.data(), data.size());
-    if (done < 0) {
-      if (errno == EINTR) continue;
-      return FailureFromErrno(errno);
-    }
-    data.remove_prefix(static_cast<size_t>(done));
-  }
-  return kOk;
-}
-
 }  // namespace
 
 int WriteFileInPlace(const std::string& folder, const std::string& name,
@@ -147,17 +135,14 @@ int WriteFileInPlace(const std::string& folder, const std::string& name,
 DerivedRecord DerivedRecord::Read(const std::string& album) {
   Fd fd;
   if (OpenHostInput(album + "/" + std::string(kFileName), &fd) != kOk) return {};
+  HostInputFile file(std::move(fd));
   std::string text;
   char buffer[64 * 1024];
-  while (true) {
-    ssize_t got = ::read(fd.get(), buffer, sizeof buffer);
-    if (got == 0) break;
-    if (got < 0) {
-      if (errno == EINTR || errno == EAGAIN) continue;
-      return {};
-    }
-    text.append(buffer, static_cast<size_t>(got));
-  }
+  size_t got = 0;
+  do {
+    if (file.Read(buffer, sizeof buffer, &got) != kOk) return {};
+    text.append(buffer, got);
+  } while (got > 0);
   return Parse(text);
 }
 

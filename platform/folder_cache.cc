@@ -83,7 +83,7 @@ int FolderCache::Load(const std::string& dir, Folders::iterator* it) {
     if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0) continue;
     folder.by_lower[ToLower(name)].push_back(Name{name, entry->d_type});
   }
-  if (folders_.size() >= kMaxFolders && folders_.count(dir) == 0) folders_.clear();
+  if (folders_.size() >= kMaxFolders) folders_.clear();
   *it = folders_.insert_or_assign(dir, std::move(folder)).first;
   return kOk;
 }
@@ -91,10 +91,9 @@ int FolderCache::Load(const std::string& dir, Folders::iterator* it) {
 int FolderCache::Current(const std::string& dir, Folders::iterator* it) {
   Stamp now;
   int failure = StampOf(dir, &now);
-  if (failure != kOk) {
-    folders_.erase(*it);
-    return failure;
-  }
+  // A folder that is gone keeps its entry: a folder made again in its place
+  // has another stamp, so the entry is never taken for it.
+  if (failure != kOk) return failure;
   if (now != (*it)->second.stamp) return Load(dir, it);
   return kOk;
 }

@@ -25,20 +25,19 @@ int OpenPlain(const std::string& path, int flags, Fd* fd) {
   return kOk;
 }
 
-int WriteAll(int fd, const char* data, size_t size) {
-  while (size > 0) {
-    ssize_t done = ::write(fd, data, size);
+}  // namespace
+
+int WriteAll(int fd, std::string_view data) {
+  while (!data.empty()) {
+    ssize_t done = ::write(fd, data.data(), data.size());
     if (done < 0) {
-      if (errno == EINTR || errno == EAGAIN) continue;
+      if (errno == EINTR) continue;
       return FailureFromErrno(errno);
     }
-    data += done;
-    size -= static_cast<size_t>(done);
+    data.remove_prefix(static_cast<size_t>(done));
   }
   return kOk;
 }
-
-}  // namespace
 
 int FailureFromErrno(int error) {
   switch (error) {
@@ -105,7 +104,7 @@ int HostOutputFile::Write(const char* data, size_t size) {
 }
 
 int HostOutputFile::Flush() {
-  if (failure_ == kOk) failure_ = WriteAll(fd_.get(), buffer_.data(), buffer_.size());
+  if (failure_ == kOk) failure_ = WriteAll(fd_.get(), buffer_);
   buffer_.clear();
   return failure_;
 }
@@ -141,7 +140,7 @@ int CopyHostData(int in, int out) {
       if (errno == EINTR) continue;
       return kErroreAccesso;
     }
-    int failure = WriteAll(out, buffer, static_cast<size_t>(got));
+    int failure = WriteAll(out, std::string_view(buffer, static_cast<size_t>(got)));
     if (failure != kOk) return failure;
   }
 }

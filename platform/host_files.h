@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "platform/file_system.h"
 
@@ -11,6 +12,10 @@ namespace vf {
 // The failure number of a host error: a full disk or quota is 61, a missing
 // file or folder on the way 76, anything else 75.
 int FailureFromErrno(int error);
+
+// Writes all of `data` to a host descriptor, going on after an interrupted
+// write; the failure number of the first real error.
+int WriteAll(int fd, std::string_view data);
 
 // An open host file descriptor, closed when the holder goes.
 class Fd {

@@ -1,7 +1,6 @@
 // The runner's language and printed forms, and a build's web-sized pictures.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 

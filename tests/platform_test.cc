@@ -296,8 +296,10 @@ TEST_F(HostFileSystemTest, NamesMatchIgnoringCaseExactSpellingFirstAndNothingIsR
   EXPECT_EQ(fs_.SetCurrentFolder("C:\\a.jpg"), kPercorsoNonTrovato);
   EXPECT_EQ(fs_.SetCurrentDrive("Q"), kPercorsoNonTrovato);
   EXPECT_EQ(Write("C:\\a?.htm"), kNomeNonValido);
+  fs::create_symlink(Host("c/gone.htm"), Host("c/link.htm"));  // no file made through it
+  EXPECT_EQ(Write("C:\\link.htm"), kErroreAccesso);
   EXPECT_EQ(tree_.Tree("d"), Names{"cd.jpg"});
-  EXPECT_FALSE(tree_.Exists("c/a?.htm") || tree_.Exists("c/x.jpg"));
+  EXPECT_FALSE(tree_.Exists("c/a?.htm") || tree_.Exists("c/x.jpg") || tree_.Exists("c/gone.htm"));
   tree_.Write("c/big.jpg", std::string(10000, 'x'));
   EXPECT_EQ(OnAFullDisk([&] { return fs_.Copy("C:\\big.jpg", "C:\\copia.jpg"); }), kErroreAccesso);
   // A full disk shows when the buffer is written out, at the latest on closing.

@@ -26,6 +26,12 @@ std::string Slurp(const fs::path& p) {
   return s.str();
 }
 
+std::string CrLf(const std::string& text) {
+  std::string out;
+  for (char c : text) out += c == '\n' ? std::string("\r\n") : std::string(1, c);
+  return out;
+}
+
 }  // namespace
 
 RunResult RunScript(const std::string& script, const fs::path& cwd, const std::string& home,
@@ -45,8 +51,6 @@ RunResult RunScript(const std::string& script, const fs::path& cwd, const std::s
   r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   r.out = Slurp(work / "out");
   r.err = Slurp(work / "err");
-  std::istringstream lines(r.out);
-  for (std::string line; std::getline(lines, line);) r.lines.push_back(line);
   std::error_code ec;
   fs::remove_all(work, ec);
   return r;
@@ -98,15 +102,10 @@ std::vector<std::string> TempTree::Tree(const std::string& relative) const {
 
 std::vector<std::string> RunResult::Messages() const {
   std::vector<std::string> out;
-  for (const std::string& l : lines) {
+  std::istringstream lines(this->out);
+  for (std::string l; std::getline(lines, l);) {
     if (l.starts_with("MSG: ")) out.push_back(l.substr(5));
   }
-  return out;
-}
-
-std::string CrLf(const std::string& text) {
-  std::string out;
-  for (char c : text) out += c == '\n' ? std::string("\r\n") : std::string(1, c);
   return out;
 }
 

@@ -35,7 +35,6 @@ class TempTree {
 struct RunResult {
   int status = -1;
   std::string out, err;
-  std::vector<std::string> lines;  // out split at line feeds
   // The texts of the "MSG: " lines.
   std::vector<std::string> Messages() const;
   bool Has(const std::string& text) const { return out.find(text) != std::string::npos; }
@@ -45,9 +44,6 @@ struct RunResult {
 // folder when given; with `argument`, on that text (a path, an option).
 RunResult RunScript(const std::string& script, const std::filesystem::path& cwd,
                     const std::string& home = "", bool argument = false);
-
-// The text with every line feed written as CR LF, as templates are.
-std::string CrLf(const std::string& text);
 
 // A small template set in `folder`: the five page templates, the thirteen
 // pictures (short texts) and per-picture templates 001 to 009.
