@@ -303,7 +303,7 @@ TEST(PagedBuild, PagesAlbumsTheFinalPageAndRefusals) {
       "click Command4\nset txtNUM_FILE 3\nset txtMAX_N_FILES 0\nclick Command4\n"
       "set txtMAX_N_FILES 2.5\nclick Command4\nset txtMAX_N_FILES -1\nclick Command4\n"
       "set txtMAX_N_FILES 2\nset txtMAX_PER_RIGA 0.5\nclick Command4\nprint List1.ListCount\n"
-      "set txtMAX_PER_RIGA 1\nanswer yes\nclick Command4\n");
+      "set txtMAX_PER_RIGA 1\nanswer yes\nanswer yes\nclick Command4\n");
   const std::string field =
       "BEEP\nMSG: Indicare numero massimo files per pagina .HTM da elaborare !!!\n";
   EXPECT_EQ(r.out.substr(0, r.out.find("CURSOR")),
@@ -311,8 +311,10 @@ TEST(PagedBuild, PagesAlbumsTheFinalPageAndRefusals) {
                 "BEEP\nMSG: Indicare quante immagini si voglio per ogni riga !!!\nList1.ListCount "
                 "= 3\nBEEP\nASK: Elenco  c:\\sito\\pag_1.htm  gia' esistente, continuo (S/N) -> "
                 "YES\n");
-  // One Yes holds for the whole build.
+  // One Yes holds for the whole build, and the preview opens the final page.
   EXPECT_EQ(r.out.find("gia' esistente", r.out.find("pag_1.htm  gia'") + 20), std::string::npos);
+  EXPECT_TRUE(r.out.ends_with("(S/N)  -> YES\nRUN: START /max /w c:\\sito\\index.htm -> OK\n"))
+      << r.out;
   EXPECT_NE(site.Read("c/Sito/pag_2.htm"), "old");
 }
 

@@ -16,6 +16,7 @@
 #include "platform/failure.h"
 #include "platform/host_file_system.h"
 #include "platform/host_files.h"
+#include "platform/metadata_sift.h"
 #include "platform/typed_path.h"
 #include "platform/user_area.h"
 #include "tests/support/e2e.h"
@@ -24,6 +25,7 @@ namespace vf {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 using Names = std::vector<std::string>;
 using Stamp = std::pair<ino_t, int64_t>;
 const std::vector<double> kBlue{0, 0, 255}, kOrange{200, 120, 40};
@@ -218,6 +220,43 @@ TEST_F(DerivedPicturesTest, APassCutShortLeavesWholePicturesOnlyAndTheNextGoesOn
   EXPECT_FALSE(
       DerivePictures(copies, {{"web", 200}}, false, [](size_t, size_t) { return true; }).stopped);
   for (const auto& [name, stamp] : made) EXPECT_EQ(StampOf(Derived(name)), stamp) << name;
+}
+
+// Segments and chunks as the three formats lay them out, with made-up bodies.
+std::string Seg(char marker, const std::string& body) {
+  return std::string{'\xFF', marker, char((body.size() + 2) >> 8), char(body.size() + 2)} + body;
+}
+std::string Png(const std::string& type, const std::string& body) {
+  return std::string{0, 0, char(body.size() >> 8), char(body.size())} + type + body + "crc!";
+}
+std::string Riff(const std::string& type, const std::string& body) {
+  return type + std::string{char(body.size()), 0, 0, 0} + body + (body.size() % 2 ? "\0"s : "");
+}
+
+TEST(MetadataSiftTest, OnlyThePictureStaysAndACutFileIsRefused) {
+  const std::string soi = "\xFF\xD8", jfif = Seg('\xE0', "JFIF"), adobe = Seg('\xEE', "Adobe"),
+                    tables = Seg('\xDB', std::string(300, 't')), scan = "\xFF\xDA\xE1 scan";
+  std::string jpeg = soi + jfif + Seg('\xE1', "Exif GPS") + "\xFF" + Seg('\xE2', "ICC") +
+                     Seg('\xEF', "x") + adobe + Seg('\xFE', "nota") + tables + scan;
+  const std::string png_head = "\x89PNG\r\n\x1A\n" + Png("IHDR", "head"), idat = Png("IDAT", "px");
+  std::string png = png_head;
+  for (const char* meta : {"iCCP", "eXIf", "tEXt", "zTXt", "iTXt", "tIME"}) png += Png(meta, "m");
+  png += idat + Png("IEND", "");
+  const std::string vp8 = Riff("VP8 ", "odd");
+  std::string webp = "RIFFsizeWEBP" + Riff("VP8X", "\xFF\1\2\3\4\5\6\7\x08\x09") +
+                     Riff("ICCP", "p") + vp8 + Riff("EXIF", "gps") + Riff("XMP ", "x");
+  for (auto [sift, bytes] : {std::pair(&SiftJpeg, jpeg), {&SiftPng, png}, {&SiftWebp, webp}}) {
+    // Cut short or not of the format: refused, and the bytes stay as they are.
+    for (const std::string& bad :
+         {bytes.substr(0, 1), bytes.substr(0, 5), "x" + bytes, bytes.substr(0, bytes.size() / 2)}) {
+      std::string kept = bad;
+      EXPECT_FALSE(sift(&kept) || kept != bad) << bad.size();
+    }
+  }
+  ASSERT_TRUE(SiftJpeg(&jpeg) && SiftPng(&png) && SiftWebp(&webp));
+  EXPECT_EQ(jpeg, soi + jfif + adobe + tables + scan);
+  EXPECT_EQ(png, png_head + idat + Png("IEND", ""));
+  EXPECT_EQ(webp, "RIFF\x22\0\0\0WEBP"s + Riff("VP8X", "\xD3\1\2\3\4\5\6\7\x08\x09") + vp8);
 }
 
 TEST(DerivedRecordTest, TextKeepsAnyNameAndDropsWhatItCannotRead) {

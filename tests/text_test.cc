@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "generator/cella.h"
 #include "platform/case_fold.h"
 #include "platform/failure.h"
 #include "platform/sizes_file.h"
@@ -25,6 +26,12 @@ TEST(Text, CaseFoldingOfAsciiAndLatin1) {
   EXPECT_EQ(ToUpper("\xC3\xC3\xA0\xC3\xBE"), "\xC3\xC3\x80\xC3\x9E");
   EXPECT_EQ(ToLower("\xC3\x80\xC3\x7F"), "\xC3\xA0\xC3\x7F");
   EXPECT_EQ(ToUpper("end\xC3"), "END\xC3");
+}
+
+TEST(Text, MediaExtensionsAreExactOrStartWithMP) {
+  for (const char* e : {"HTM", "WAV", "MP3", "MID", "WMA", "AVI", "MPG"})
+    EXPECT_TRUE(Voce_Multimediale(e)) << e;
+  for (const char* e : {"JPG", "HTML", "htm", "M", ""}) EXPECT_FALSE(Voce_Multimediale(e)) << e;
 }
 
 TEST(Text, LeadingNumbersAndNumberForms) {

@@ -1,0 +1,25 @@
+#ifndef VF_PLATFORM_METADATA_SIFT_H_
+#define VF_PLATFORM_METADATA_SIFT_H_
+
+#include <string>
+
+namespace vf {
+
+// The savers of some libvips versions write EXIF (made afresh from the image
+// size) or keep XMP and the profile whatever they are told, so the saved
+// bytes are sifted: only the picture stays. Each takes a whole file of its
+// format and rewrites it in place; false, with the bytes untouched, when they
+// are not a whole, well-formed file of that format.
+
+// JPEG: the APP segments but JFIF (APP0) and Adobe's colour transform
+// (APP14) go, and so do comments.
+bool SiftJpeg(std::string* bytes);
+// PNG: the profile, EXIF, texts (where XMP lives too) and the time stamp go.
+bool SiftPng(std::string* bytes);
+// WebP: the profile, EXIF and XMP chunks go, with their flags in the VP8X
+// header.
+bool SiftWebp(std::string* bytes);
+
+}  // namespace vf
+
+#endif  // VF_PLATFORM_METADATA_SIFT_H_
