@@ -64,10 +64,9 @@ std::string Build(const std::string& setup, const std::string& folder, const std
 // Names in capitals and small letters, subfolders, a file that is no
 // picture, and names that differ only in case.
 void WriteSources(const TempTree& tree, const std::string& root) {
-  for (int i = 1; i <= 12; ++i) {
+  for (int i = 1; i <= 12; ++i)
     tree.Write(root + (i < 10 ? "/P0" : "/P") + std::to_string(i) + ".JPG",
                "picture " + std::to_string(i) + std::string(i * 100, 'x'));
-  }
   for (auto [name, bytes] : {std::pair{"/note.txt", "not a picture"},
                              {"/SUB/Q01.JPG", "q one"},
                              {"/SUB/q02.jpg", "q two"},
@@ -165,9 +164,8 @@ TEST(NothingLost, ABuildIntoTheProgramFolderKeepsEveryTemplate) {
     // Every template keeps its bytes, and those beside the program their
     // names: a site file copied onto itself changes nothing.
     const Snapshot after = Take(tree);
-    for (const auto& [path, bytes] : CaseBlind(before, "PROG/")) {
+    for (const auto& [path, bytes] : CaseBlind(before, "PROG/"))
       EXPECT_EQ(CaseBlind(after, path)[path], bytes) << path;
-    }
     for (const auto& [path, bytes] : before) {
       if (path.starts_with("PROG/") && path.find('/', 5) == std::string::npos) {
         EXPECT_EQ(after.count(path) ? after.at(path) : "<missing>", bytes) << path;
@@ -204,17 +202,14 @@ TEST(NothingLost, AShorterBuildReplacesOnlyWhatItWrites) {
     std::set<std::string> written;
     for (const std::string& p : tree.Tree("Vuota")) written.insert("sito/" + ToLower(p));
     ASSERT_EQ(written.size(), 32u);
-    for (int i = 1; i <= 5; ++i) {
+    for (int i = 1; i <= 5; ++i)
       EXPECT_EQ(tree.Read("Sito/dir_0001/img_00" + std::to_string(i) + ".jpg"),
                 "new " + std::to_string(i));
-    }
     Blind old_site = CaseBlind(before, "Sito/"), new_site = CaseBlind(after, "Sito/");
-    for (const auto& [path, bytes] : old_site) {
+    for (const auto& [path, bytes] : old_site)
       EXPECT_TRUE(written.count(path) || new_site[path] == bytes) << path;
-    }
-    for (const auto& kept : new_site) {
+    for (const auto& kept : new_site)
       EXPECT_TRUE(old_site.count(kept.first) || written.count(kept.first)) << kept.first;
-    }
     EXPECT_EQ(tree.Read(capitals ? "Sito/DIR_0003/IMG_002.JPG" : "Sito/dir_0003/img_002.jpg"),
               "old 20");
     EXPECT_EQ(Unmatched(before, after), Texts{});
@@ -298,10 +293,9 @@ TEST(NothingLost, FullDiskAndReadOnlyDrivesAtEachStep) {
     tree.MakeFolder("d/Sito");
     tree.MakeFolder(c.site_folder ? "c/Sito" : "c");
     std::string setup;
-    for (std::string d : {"C", "D", "E"}) {
+    for (std::string d : {"C", "D", "E"})
       setup += "drive " + d + " " + ToLower(d) +
                (c.readonly.find(d) != std::string::npos ? " readonly\n" : "\n");
-    }
     setup += "program E:\\PROG\n" + (c.fails.empty() ? "" : "fail " + c.fails + " 61\n");
     const Snapshot before = Take(tree);
     RunResult r = RunScript(Build(setup, "D:\\Foto", c.page), tree.root());

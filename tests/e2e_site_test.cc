@@ -197,9 +197,8 @@ TEST(Albums, AlbumsLinksAndPlacesPastTheEnd) {
 
 TEST(Albums, CapitalsMediaEntriesRowWrapAndAlbumSizesBelowOne) {
   Site site;
-  for (const char* f : {"Musica/Canto.mp3", "a.gif", "b.jpg"}) {
+  for (const char* f : {"Musica/Canto.mp3", "a.gif", "b.jpg"})
     site.Write(std::string("c/Foto/") + f, f);
-  }
   site.Run(
       "add C:\\Foto\\Musica\\Canto.mp3\nadd C:\\Foto\\a.gif\nadd C:\\Foto\\b.jpg\n"
       "set txtMAX_N_FILES 1\nset txtMAX_PER_RIGA 2\nclick Option1\nset txtNUM_FILE 3\n" +
@@ -294,9 +293,8 @@ TEST(PagedBuild, PagesAlbumsTheFinalPageAndRefusals) {
     EXPECT_FALSE(site.Exists("c/Sito/pag_" + std::to_string(pages + 1) + ".htm"));
   }
   Site site(3);
-  for (const char* f : {"pag_1.htm", "pag_2.htm", "index.htm"}) {
+  for (const char* f : {"pag_1.htm", "pag_2.htm", "index.htm"})
     site.Write(std::string("c/Sito/") + f, "old");
-  }
   RunResult r = site.Run(
       "add C:\\Foto\\P01.JPG\nadd C:\\Foto\\P02.JPG\nadd C:\\Foto\\P03.JPG\n" +
       std::string(kIndex) +
@@ -321,9 +319,8 @@ TEST(PagedBuild, PagesAlbumsTheFinalPageAndRefusals) {
 TEST(Failures, MissingTemplatesAskWithYesAndNo) {
   Site tree;
   tree.MakeFolder("c/Sito");
-  for (const char* f : {"MENU.HTM", "INTESTAZ.HTM", "PIEDE.HTM"}) {
+  for (const char* f : {"MENU.HTM", "INTESTAZ.HTM", "PIEDE.HTM"})
     std::filesystem::remove(tree.Path(std::string("c/PROG/") + f));
-  }
   RunResult r = tree.Fail(
       "set txtNOME_FILE_HTM C:\\Sito\\index.htm\nanswer yes\nanswer no\nclick Command1\n"
       "answer yes\nanswer yes\nanswer yes\nclick Command1\n");

@@ -87,9 +87,8 @@ TEST(FileLayer, TextSlots) {
 TEST(FileLayer, ABuildDoesExactlyItsOperationsInOrder) {
   test::Banco b;
   b.ui.program_folder = "C:\\P";
-  for (const char* f : {"MENU.HTM", "INTESTAZ.HTM", "PIEDE.HTM", "puls_sx3.jpg"}) {
+  for (const char* f : {"MENU.HTM", "INTESTAZ.HTM", "PIEDE.HTM", "puls_sx3.jpg"})
     b.fs.AddFile(std::string("C:\\P\\") + f, "x\r\n");
-  }
   b.fs.AddFile("C:\\P\\VETRINA-FOTO_DEFAULT\\dir_0001\\IMG_001.HTM",
                "<img src=\"img_001.jpg\">\r\n");
   b.fs.AddFile("C:\\F\\A.JPG", "picture");

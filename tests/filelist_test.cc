@@ -152,9 +152,8 @@ TEST(Filelist, ScanOrderFormsDepthAndHiddenNames) {
   Files(b, {"C:\\X\\c.jpg", "C:\\R\\" + strano});
   std::filesystem::create_directories(r + "/a?b");
   std::ofstream(r + "/a?b/no.jpg") << "";
-  for (auto [target, at] : {std::pair{"..", "/A/su"}, {"../X", "/L"}, {"../X", "/M"}}) {
+  for (auto [target, at] : {std::pair{"..", "/A/su"}, {"../X", "/L"}, {"../X", "/M"}})
     ASSERT_EQ(::symlink(target, (r + at).c_str()), 0);
-  }
   f.List1.Clear();
   f.txtESTENSIONE.Text = "jpg";
   b.ui.on_repaint = nullptr;
@@ -223,8 +222,7 @@ TEST(Filelist, RemovalAskAboutTheCurrentEntryOrRebuildInOrder) {
   cmdCANC_FILE_Click(b.v);
   EXPECT_EQ(b.Voci(), rimaste);
   EXPECT_FALSE(l.Selected(0));
-  EXPECT_EQ(b.v.frmALBUM.txtNUM_FILE.Text, "2500");
-  EXPECT_EQ(b.Eventi(), "");
+  EXPECT_EQ(b.v.frmALBUM.txtNUM_FILE.Text + b.Eventi(), "2500");
   Option3_Click(b.v, 0);  // all selected
   cmdCANC_FILE_Click(b.v);
   EXPECT_EQ(l.ListCount(), 0);
@@ -243,8 +241,7 @@ TEST(Filelist, SelectAllNewListAndAddOneFile) {
   EXPECT_FALSE(f.List1.Selected(0) || f.List1.Selected(1));
   f.txtNUM_FILE.Text = "2";
   Command2_Click(b.v);
-  EXPECT_EQ(f.List1.ListCount(), 0);
-  EXPECT_EQ(f.txtNUM_FILE.Text, "2");
+  EXPECT_EQ(std::to_string(f.List1.ListCount()) + f.txtNUM_FILE.Text, "02");
   // Given up: Dir_Base is set all the same, nothing else happens.
   f.txtPATH_RICERCA.Text = "C:\\Foto\\scatto.jpg";
   cmdIns_File_Click(b.v);
@@ -306,9 +303,7 @@ void ExpectEveryControlSetUp(Form& form, size_t count) {
     const bool captioned = c->kind == K::kButton || c->kind == K::kOption || c->kind == K::kCheck ||
                            c->kind == K::kLabel;
     EXPECT_TRUE(!captioned || !c->Caption.empty()) << c->Name;
-    if (c->tab >= 0) {
-      EXPECT_TRUE(tabs.insert(c->tab).second) << c->Name;
-    }
+    EXPECT_TRUE(c->tab < 0 || tabs.insert(c->tab).second) << c->Name;
   }
   EXPECT_EQ(names.size(), count);
   EXPECT_FALSE(names.count(""));
@@ -344,11 +339,10 @@ TEST(WindowModel, TheUsageDialogGivesTheSimplifiedOrTheCompleteWindow) {
               simplified ? "15" : "24");
     EXPECT_EQ(f.Command1.Visible, !simplified);
     if (!simplified) continue;
-    EXPECT_FALSE(f.Label6[0].Visible || f.txtNOME_FILE_HTM.Visible || f.Option2.Visible);
-    EXPECT_TRUE(f.Command4.Visible);
+    EXPECT_TRUE(f.Command4.Visible &&
+                !(f.Label6[0].Visible || f.txtNOME_FILE_HTM.Visible || f.Option2.Visible));
     EXPECT_EQ(f.Label6[1].Caption + f.Label6[6].Caption + f.Label6[3].Caption, "143");
-    EXPECT_EQ(f.Label6[3].Top, 2940);
-    EXPECT_EQ(f.txtNOME_FILE_HTM.Text, "C:\\\\index.htm");
+    EXPECT_EQ(std::to_string(f.Label6[3].Top) + f.txtNOME_FILE_HTM.Text, "2940C:\\\\index.htm");
     EXPECT_THROW(frmALBUM1_Command2_Click(v), FineProgramma);  // Annulla ends the program
   }
 }

@@ -302,9 +302,8 @@ class HostFileSystemTest : public ::testing::Test {
 
 TEST_F(HostFileSystemTest, NamesMatchIgnoringCaseExactSpellingFirstAndNothingIsReplaced) {
   tree_.Write("c/Sito/Index.HTM", "old");
-  for (const char* name : {"F/SUB/Q.JPG", "F/sub/o.jpg", "F/SUB/r.jpg", "F/SUB/R.JPG"}) {
+  for (const char* name : {"F/SUB/Q.JPG", "F/sub/o.jpg", "F/SUB/r.jpg", "F/SUB/R.JPG"})
     tree_.Write(std::string("c/") + name, name);
-  }
   EXPECT_EQ(Read("C:\\SITO\\index.htm") + Read("C:\\a.jpg") + Read("C:\\A.jpg"), "oldsmallcapital");
   ASSERT_EQ(Write("c:\\sito\\index.htm", "new") + Write("C:\\a.jpg", "x"), kOk);
   ASSERT_EQ(fs_.MakeFolder("c:\\SITO\\Dir_0001") + fs_.SetCurrentFolder("c:\\sito\\DIR_0001"), kOk);
@@ -354,16 +353,14 @@ TEST_F(HostFileSystemTest, NamesMatchIgnoringCaseExactSpellingFirstAndNothingIsR
 }
 
 TEST_F(HostFileSystemTest, ListingOrderKindsAndOutsideChanges) {
-  for (const char* name : {"b.txt", "a.txt", "A.txt", ".hidden", "Zeta", "_u", "end. "}) {
+  for (const char* name : {"b.txt", "a.txt", "A.txt", ".hidden", "Zeta", "_u", "end. "})
     tree_.Write(std::string("c/l/") + name, "");
-  }
   tree_.MakeFolder("c/l/dir");
   ASSERT_EQ(::mkfifo(Host("c/l/pipe").c_str(), 0600), 0);
   fs::create_directory_symlink(".", Host("c/l/loop"));
   std::string shown;
-  for (const FolderEntry& e : fs_.ListFolder("C:\\L").entries) {
+  for (const FolderEntry& e : fs_.ListFolder("C:\\L").entries)
     shown += e.name + "=" + "FDS"[e.kind] + (e.hidden ? "h" : "") + " ";
-  }
   // Ordered by capitals, as Windows orders a folder: "_" after the letters.
   EXPECT_EQ(shown,
             ".hidden=Fh A.txt=F a.txt=F b.txt=F dir=D end. =F loop=D pipe=S "
@@ -396,9 +393,8 @@ TEST_F(HostFileSystemTest, WindowsFormOfHostAndTypedPaths) {
   }
   // Windows paths, names, other users' homes, and names that no Windows path
   // can spell are left as typed.
-  for (const char* typed : {"C:\\Foto/", " /usr", "~anna/Foto", "/tmp/a:b", "/tmp/a\\b", ""}) {
+  for (const char* typed : {"C:\\Foto/", " /usr", "~anna/Foto", "/tmp/a:b", "/tmp/a\\b", ""})
     EXPECT_FALSE(WindowsFormOfTyped(typed, Host("c/casa"), fs)) << typed;
-  }
 }
 
 TEST(UserAreaTest, TheStartCopiesWhatIsMissingReplacesNothingAndTellsWhatFailed) {
@@ -430,12 +426,11 @@ TEST(UserAreaTest, TheStartCopiesWhatIsMissingReplacesNothingAndTellsWhatFailed)
   if (fs::is_directory("/sys/kernel")) {
     rows.push_back({"/sys/kernel/casa", set, "75 - Errore di accesso al percorso/file"});
   }
-  for (const auto& [home, templates, failure] : rows) {
+  for (const auto& [home, templates, failure] : rows)
     EXPECT_EQ(
         PrepareUserArea(UserAreaOf(home), templates),
         "Impossibile preparare la cartella del programma " + home +
             "/Vetrina-Foto\r\rI modelli delle pagine potrebbero mancare.\r\r ERR= " + failure);
-  }
   EXPECT_EQ(t.Tree("bloccata"), Names{"Vetrina-Foto"});
   EXPECT_EQ(t.Tree("vuota"), (Names{"Vetrina-Foto/", "Vetrina-Foto/Disco C/"}));
 }

@@ -23,15 +23,13 @@ TEST(TemplateSet, FilesTextFormAndMarkers) {
                            "puls_dx3.jpg", "sfondo_1.gif",   "sfondo_2.gif", "pulsante.jpg",
                            "diaposit.jpg", "film-1a.jpg",    "foto-1a.jpg",  "htm-1a.jpg",
                            "music-1a.jpg", "sfondo1g.jpg",   "sfondo1p.jpg"};
-  for (int i = 1; i <= 9; ++i) {
+  for (int i = 1; i <= 9; ++i)
     files[18 + i] = "VETRINA-FOTO_DEFAULT/dir_0001/IMG_00" + std::to_string(i) + ".HTM";
-  }
   for (const std::string& name : files) {
     SCOPED_TRACE(name);
     bool exact = false;  // the name as listed, not one matching it ignoring case
-    for (const auto& e : fs::directory_iterator((set / name).parent_path())) {
+    for (const auto& e : fs::directory_iterator((set / name).parent_path()))
       exact = exact || e.path().filename() == fs::path(name).filename();
-    }
     ASSERT_TRUE(exact);
     std::ifstream in(set / name, std::ios::binary);
     const std::string bytes(std::istreambuf_iterator<char>(in), {});

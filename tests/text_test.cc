@@ -36,8 +36,9 @@ TEST(Text, MediaExtensionsAreExactOrStartWithMP) {
 
 TEST(Text, LeadingNumbersAndNumberForms) {
   const std::pair<const char*, double> leading[] = {
-      {"12abc", 12}, {"  9", 9}, {"2.5", 2.5}, {"-3x", -3}, {".5", 0.5}, {"1e3", 1000},
-      {"9e", 9},     {"abc", 0}, {"", 0},      {"-", 0},    {".", 0},    {"1e999", 0}};
+      {"12abc", 12}, {"  9", 9},   {"2.5", 2.5},  {"-3x", -3},   {".5", 0.5},
+      {"1e3", 1000}, {"9e", 9},    {"abc", 0},    {"", 0},       {"-", 0},
+      {".", 0},      {"1e999", 0}, {"5e-1", 0.5}, {"1E+2", 100}, {"1e-", 1}};
   for (auto [text, value] : leading) EXPECT_EQ(NumeroIniziale(text), value) << text;
   EXPECT_EQ(Cifre(1, 4) + Cifre(12, 3) + Cifre(1000, 3) + Trim("  a b  ") + Trim(" "),
             "0001012000a b");

@@ -11,9 +11,8 @@
 void vf::fuzz::FuzzOne(std::string_view input) {
   const fs::path root = HostFolderWith({"c/Foto/Mare/a.jpg", "c/Foto/Mare/B.JPG", "c/Foto/c.jpg"});
   std::string drives, script = "program D:\\\n";
-  for (char d = 'A'; d <= 'Z'; ++d) {
+  for (char d = 'A'; d <= 'Z'; ++d)
     drives += std::string("drive ") + d + " " VF_TEMPLATES " readonly\n";
-  }
   drives += "drive C " + (root / "c").string() + '\n';
   int clicks = 0;  // each build makes a folder of files: a few are enough
   std::istringstream lines{std::string(input)};

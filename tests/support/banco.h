@@ -1,8 +1,6 @@
 #ifndef VF_TESTS_SUPPORT_BANCO_H_
 #define VF_TESTS_SUPPORT_BANCO_H_
 
-#include <unistd.h>
-
 #include <deque>
 #include <filesystem>
 #include <fstream>
@@ -18,36 +16,22 @@
 #include "platform/user_ops.h"
 #include "shell/avvio.h"
 #include "shell/vetrina.h"
+#include "tests/support/e2e.h"
 
 namespace vf {
 
-// The folder a MemoryFileSystem keeps its drives in: a fresh one in memory
-// (/dev/shm when there is one), gone with the object.
-struct MemoryFolder {
-  MemoryFolder() {
-    namespace fs = std::filesystem;
-    std::error_code ec;
-    std::string pattern =
-        (fs::is_directory("/dev/shm", ec) ? fs::path("/dev/shm") : fs::temp_directory_path()) /
-        "vf-memoria-XXXXXX";
-    root = mkdtemp(pattern.data()) != nullptr ? pattern : fs::temp_directory_path().string();
-    fs::create_directories(root + "/C");
-    fs::create_directories(root + "/D");
-  }
-  ~MemoryFolder() {
-    std::error_code ec;
-    std::filesystem::remove_all(root, ec);
-  }
-  std::string root;
+// The folder of a MemoryFileSystem's drives; a base, so that it is there before the layer.
+struct Drives {
+  test::TempTree tree;
 };
 
 // The file layer of the logic's tests: the host layer itself, with drives C:
-// and D: in memory, and a journal of every change it made with the path as
+// and D: in a temporary folder, and a journal of every change it made with the path as
 // typed: "MKDIR C:\sito\dir_0001", "WRITE C:\sito\index.htm" (at the open),
 // "COPY C:\a.jpg -> C:\sito\x.jpg", "RENAME C:\A.JPG -> C:\a.jpg".
-class MemoryFileSystem : private MemoryFolder, public HostFileSystem {
+class MemoryFileSystem : private Drives, public HostFileSystem {
  public:
-  MemoryFileSystem() : HostFileSystem({{'C', root + "/C"}, {'D', root + "/D"}}) {}
+  MemoryFileSystem() : HostFileSystem({{'C', Drive(tree, "C")}, {'D', Drive(tree, "D")}}) {}
 
   // Seeding, outside the journal: names exactly as given, folders on the way.
   void AddFile(const std::string& winpath, const std::string& bytes) { Seed(winpath, &bytes); }
@@ -76,14 +60,16 @@ class MemoryFileSystem : private MemoryFolder, public HostFileSystem {
   }
 
  private:
+  static std::string Drive(const test::TempTree& tree, const char* letter) {
+    tree.MakeFolder(letter);
+    return tree.Path(letter).string();
+  }
   void Seed(const std::string& winpath, const std::string* bytes) {
     ParsedPath path;
     if (Parse(winpath, &path) != kOk || (path.drive != 'C' && path.drive != 'D')) return;
-    std::filesystem::path host = std::filesystem::path(root) / std::string(1, path.drive);
-    for (const std::string& part : path.parts) host /= part;
-    std::error_code ec;
-    std::filesystem::create_directories(bytes != nullptr ? host.parent_path() : host, ec);
-    if (bytes != nullptr) std::ofstream(host, std::ios::binary) << *bytes;
+    std::string relative(1, path.drive);
+    for (const std::string& part : path.parts) relative += "/" + part;
+    bytes != nullptr ? tree.Write(relative, *bytes) : tree.MakeFolder(relative);
   }
   std::string Typed(const std::string& path) const {
     ParsedPath parsed;
