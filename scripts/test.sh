@@ -10,5 +10,5 @@ export QT_QPA_PLATFORM=offscreen
 bash scripts/browser-check.sh build
 # The suite again under AddressSanitizer and UndefinedBehaviorSanitizer.
 bash scripts/sanitized-tests.sh build-asan
-# Fuzzing of what people hand in: templates, list entries, paths, numbers, scripts.
+# Fuzzing of what people hand in: templates, list entries, what is typed into boxes, scripts.
 bash scripts/fuzz.sh
