@@ -29,9 +29,8 @@ Snapshot Take(const TempTree& tree) {
 // sees them; names that clash keep all their contents.
 Blind CaseBlind(const Snapshot& shot, const std::string& prefix) {
   Blind out;
-  for (const auto& [path, bytes] : shot) {
+  for (const auto& [path, bytes] : shot)
     if (ToLower(path).starts_with(ToLower(prefix))) out[ToLower(path)].insert(bytes);
-  }
   return out;
 }
 
@@ -74,9 +73,8 @@ void WriteSources(const TempTree& tree, const std::string& root) {
                              {"/Doppi/a.jpg", "small a"},
                              {"/Doppi/A.JPG", "capital A"},
                              {"/Misti/B.jpg", "B dot jpg"},
-                             {"/Misti/b.JPG", "b dot JPG"}}) {
+                             {"/Misti/b.JPG", "b dot JPG"}})
     tree.Write(root + name, bytes);
-  }
 }
 
 TEST(NothingLost, SourcesTakeTheChosenCaseButNeverAnotherFilesName) {

@@ -53,9 +53,8 @@ TEST(Runner, ExitStatuses) {
   EXPECT_EQ(r.out, "txtNUM_FILE.Text = \n");
   EXPECT_TRUE(r.err.find("riga 5 non compresa: frobnicate now") != std::string::npos) << r.err;
   for (const char* bad : {"click NoSuchButton", "print txtNUM_FILE.Colour", "select 4",
-                          "set Command1 x", "drive D d", "answer maybe", "start"}) {
+                          "set Command1 x", "drive D d", "answer maybe", "start"})
     EXPECT_EQ(RunScript(start + bad + "\n", tree.root()).status, 2) << bad;
-  }
   const std::pair<std::string, int> scripts[] = {
       {"print txtNUM_FILE.Text\n", 2},
       {"drive C c\nstart\n", 1},  // the runner's own folder on no drive
@@ -80,41 +79,41 @@ TEST(TemplateSite, TheSizesFileMakesScaledPicturesAndTellsWhatItOnlyCopied) {
   tree.Write("c/foto/b.JPEG", tree.Read("c/PROG/film-1a.jpg"));
   tree.Write("c/foto/rotta.jpg", "non sono una foto");
   tree.Write("c/foto/note.txt", "testo");
-  tree.MakeFolder("c/sito");
+  tree.MakeFolder("c/sito_web");  // eight letters, as the album folders have
   const std::string build =
       std::string(kStart) +
       "start\nadd C:\\foto\\a.jpg\nadd C:\\foto\\rotta.jpg\nadd C:\\foto\\note.txt\n"
-      "add C:\\foto\\b.JPEG\nset txtNUM_FILE 4\nset txtNOME_FILE_HTM C:\\sito\\index.htm\n"
+      "add C:\\foto\\b.JPEG\nset txtNUM_FILE 4\nset txtNOME_FILE_HTM C:\\sito_web\\index.htm\n"
       "answer yes\nclick Command1\n";
   // Without the sizes file the build writes what it always wrote.
   RunResult r = RunScript(build, tree.root());
   EXPECT_EQ(r.Messages(), Texts{});
-  tree.Write("c/sito/dir_0001/tiny", "a file where a size's folder should go");
-  Texts added = tree.Tree("c/sito");
+  tree.Write("c/sito_web/dir_0001/tiny", "a file where a size's folder should go");
+  Texts added = tree.Tree("c/sito_web");
   tree.Write("c/PROG/DIMENSIONI.TXT", "# prove\r\nmini 100\r\nweb 0\r\nWeb 1600\r\ntiny 9\r\n");
   r = RunScript(build, tree.root());
   // The pass comes after the site and before the preview question.
   EXPECT_EQ(r.Messages(),
             (Texts{"Righe non valide nel file DIMENSIONI.TXT, non considerate:{CR}riga 3: web 0",
                    "Immagini non riducibili, copiate come sono:{CR}"
-                   "C:\\sito\\dir_0001\\mini\\img_002.jpg{CR}"
-                   "C:\\sito\\dir_0001\\web\\img_002.jpg",
-                   "Immagini ridotte non scritte:{CR}C:\\sito\\dir_0001\\tiny\\img_001.jpg{CR}"
-                   "C:\\sito\\dir_0001\\tiny\\img_002.jpg{CR}"
-                   "C:\\sito\\dir_0001\\tiny\\img_004.peg"}));
+                   "C:\\sito_web\\dir_0001\\mini\\img_002.jpg{CR}"
+                   "C:\\sito_web\\dir_0001\\web\\img_002.jpg",
+                   "Immagini ridotte non scritte:{CR}C:\\sito_web\\dir_0001\\tiny\\img_001.jpg{CR}"
+                   "C:\\sito_web\\dir_0001\\tiny\\img_002.jpg{CR}"
+                   "C:\\sito_web\\dir_0001\\tiny\\img_004.peg"}));
   EXPECT_LT(r.out.find("MSG: Immagini"), r.out.find("ASK: Visualizzo la pagina creata"));
   // Only the size folders and the record are new, and no .txt is in them.
-  for (const std::string& name : tree.Tree("c/sito")) {
+  for (const std::string& name : tree.Tree("c/sito_web")) {
     auto old = std::find(added.begin(), added.end(), name);
     old != added.end() ? void(added.erase(old)) : added.push_back(name.substr(9));  // in dir_0001/
   }
   EXPECT_EQ(added,
             (Texts{".derivate", "mini/", "mini/img_001.jpg", "mini/img_002.jpg", "mini/img_004.peg",
                    "web/", "web/img_001.jpg", "web/img_002.jpg", "web/img_004.peg"}));
-  EXPECT_EQ(tree.Read("c/sito/dir_0001/web/img_002.jpg"), "non sono una foto");
-  EXPECT_EQ(tree.Read("c/sito/dir_0001/web/img_001.jpg").substr(0, 2), "\xFF\xD8");
-  EXPECT_LT(tree.Read("c/sito/dir_0001/mini/img_001.jpg").size(),
-            tree.Read("c/sito/dir_0001/img_001.jpg").size());
+  EXPECT_EQ(tree.Read("c/sito_web/dir_0001/web/img_002.jpg"), "non sono una foto");
+  EXPECT_EQ(tree.Read("c/sito_web/dir_0001/web/img_001.jpg").substr(0, 2), "\xFF\xD8");
+  EXPECT_LT(tree.Read("c/sito_web/dir_0001/mini/img_001.jpg").size(),
+            tree.Read("c/sito_web/dir_0001/img_001.jpg").size());
 }
 
 }  // namespace

@@ -381,9 +381,8 @@ TEST(Failures, AReadOnlyDriveFallsBackToCThenToCIndex) {
                 "set txtMAX_N_FILES 2\nset txtNUM_FILE 4\n"
                 "set txtNOME_FILE_HTM E:\\Sito\\index.htm\nclick Command4\n");
   for (const char* f :
-       {"pag_1.htm", "pag_2.htm", "index.htm", "dir_0002/img_002.bmp", "dir_0003/img_001.htm"}) {
+       {"pag_1.htm", "pag_2.htm", "index.htm", "dir_0002/img_002.bmp", "dir_0003/img_001.htm"})
     EXPECT_TRUE(tree.Exists(std::string("c/Sito/") + f)) << f;
-  }
   EXPECT_TRUE(
       tree.Has("dir_0002/menu.htm",
                "<img src=\"img_001.gif\"></a>\n<a href=\"img_002.htm\"><img src=\"img_002.bmp\">"));

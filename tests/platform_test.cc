@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -324,7 +325,9 @@ TEST_F(HostFileSystemTest, NamesMatchIgnoringCaseExactSpellingFirstAndNothingIsR
   EXPECT_EQ(tree_.Read("c/Sito/DIR_0001/IMG.JPG") + tree_.Read("c/A.JPG") + tree_.Read("c/a.jpg") +
                 tree_.Read("c/F/SUB/R.JPG"),
             "newcapitalxF/SUB/R.JPG");
-  EXPECT_EQ(fs_.HostPath("c:\\SITO\\new.htm"), Host("c/Sito/new.htm"));
+  EXPECT_EQ(
+      fs_.HostPath("c:\\SITO\\new.htm").value_or("") + fs_.HostPath("D:\\CD.JPG").value_or(""),
+      Host("c/Sito/new.htm") + Host("d/cd.jpg"));
   // Failures have their numbers and write nothing.
   EXPECT_EQ(Read("D:\\CD.JPG") + Read("C:\\nothing.jpg"), "cdERR 53");
   EXPECT_EQ(Read("C:\\no\\a.jpg") + Read("C:\\a.jpg\\b.jpg") + Read("Q:\\a.jpg"),
@@ -340,6 +343,12 @@ TEST_F(HostFileSystemTest, NamesMatchIgnoringCaseExactSpellingFirstAndNothingIsR
   EXPECT_FALSE(tree_.Exists("c/a?.htm") || tree_.Exists("c/x.jpg") || tree_.Exists("c/gone.htm"));
   tree_.Write("c/big.jpg", std::string(10000, 'x'));
   EXPECT_EQ(OnAFullDisk([&] { return fs_.Copy("C:\\big.jpg", "C:\\copia.jpg"); }), kErroreAccesso);
+  // Between file systems the kernel copies nothing, and plain reads take over.
+  Fd memory(::memfd_create("vf", MFD_CLOEXEC)), copy;
+  const std::string big(300000, 'b');
+  ASSERT_EQ(::pwrite(memory.get(), big.data(), big.size(), 0), 300000);  // read from the start
+  ASSERT_EQ(OpenHostOutput(Host("c/copia"), &copy) + CopyHostData(memory.get(), copy.get()), kOk);
+  EXPECT_EQ(tree_.Read("c/copia"), big);
   // A full disk shows when the buffer is written out, at the latest on closing.
   HostOutputFile small(Fd(::open("/dev/full", O_WRONLY | O_CLOEXEC)));
   EXPECT_EQ(small.Write("x", 1), kOk);
