@@ -238,7 +238,7 @@ TEST(MetadataSiftTest, OnlyThePictureStaysAndACutFileIsRefused) {
   const std::string soi = "\xFF\xD8", jfif = Seg('\xE0', "JFIF"), adobe = Seg('\xEE', "Adobe"),
                     tables = Seg('\xDB', std::string(300, 't')), scan = "\xFF\xDA\xE1 scan";
   std::string jpeg = soi + jfif + Seg('\xE1', "Exif GPS") + "\xFF" + Seg('\xE2', "ICC") +
-                     Seg('\xEF', "x") + adobe + Seg('\xFE', "nota") + tables + scan;
+                     Seg('\xEF', "") + adobe + Seg('\xFE', "nota") + tables + scan;
   const std::string png_head = "\x89PNG\r\n\x1A\n" + Png("IHDR", "head"), idat = Png("IDAT", "px");
   std::string png = png_head;
   for (const char* meta : {"iCCP", "eXIf", "tEXt", "zTXt", "iTXt", "tIME"}) png += Png(meta, "m");
