@@ -249,7 +249,8 @@ TEST(MetadataSiftTest, OnlyThePictureStaysAndACutFileIsRefused) {
   for (auto [sift, bytes] : {std::pair(&SiftJpeg, jpeg), {&SiftPng, png}, {&SiftWebp, webp}}) {
     // Cut short or not of the format: refused, and the bytes stay as they are.
     for (const std::string& bad :
-         {bytes.substr(0, 1), bytes.substr(0, 5), "x" + bytes, bytes.substr(0, bytes.size() / 2)}) {
+         {bytes.substr(0, 1), bytes.substr(0, 5), "x" + bytes, bytes.substr(0, bytes.size() / 2),
+          bytes.substr(0, bytes.size() - 14)}) {
       std::string kept = bad;
       EXPECT_FALSE(sift(&kept) || kept != bad) << bad.size();
     }
