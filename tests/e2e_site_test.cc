@@ -197,21 +197,21 @@ TEST(Albums, AlbumsLinksAndPlacesPastTheEnd) {
 
 TEST(Albums, CapitalsMediaEntriesRowWrapAndAlbumSizesBelowOne) {
   Site site;
-  for (const char* f : {"Musica/Canto.mp3", "a.gif", "b.jpg"})
+  for (const char* f : {"Musica/Canto.mp3", "bmp", "a.gif"})
     site.Write(std::string("c/Foto/") + f, f);
   site.Run(
-      "add C:\\Foto\\Musica\\Canto.mp3\nadd C:\\Foto\\a.gif\nadd C:\\Foto\\b.jpg\n"
+      "add C:\\Foto\\Musica\\Canto.mp3\nadd C:\\Foto\\bmp\nadd C:\\Foto\\a.gif\n"
       "set txtMAX_N_FILES 1\nset txtMAX_PER_RIGA 2\nclick Option1\nset txtNUM_FILE 3\n" +
       std::string(kIndex) + "click Command1\n");
-  // With no folder chosen the direct link is the bare name, and its label.
+  // With no folder chosen a song's link is its bare name; a name with no dot is an album.
   EXPECT_EQ(site.Page("INDEX.HTM"),
             kTesta + kTabella + Cella("PULSANTE.JPG", "CANTO.MP3", "CANTO.MP3") +
                 Cella("PULSANTE.JPG", "DIR_0002\\MENU.HTM", "SCELTA  2") + " \n</tr>\n<tr>\n \n" +
                 Cella("PULSANTE.JPG", "DIR_0003\\MENU.HTM", "SCELTA  3") + kCoda);
-  EXPECT_EQ(site.Read("c/Sito/DIR_0001/IMG_001.MP3") + site.Read("c/Sito/DIR_0002/IMG_001.GIF"),
+  EXPECT_EQ(site.Read("c/Sito/DIR_0001/IMG_001.MP3") + site.Read("c/Sito/DIR_0003/IMG_001.GIF"),
             "Musica/Canto.mp3a.gif");
   EXPECT_TRUE(site.Has("DIR_0002/MENU.HTM", "<a href=\"../DIR_0001/MENU.HTM\">prec</a>"));
-  EXPECT_TRUE(site.Has("DIR_0002/MENU.HTM", "<img src=\"img_001.GIF\">"));
+  EXPECT_TRUE(site.Has("DIR_0003/MENU.HTM", "<img src=\"img_001.GIF\">"));
   // An album size below one gives one album per entry, with links that lead.
   for (const char* size : {"0", "", "-2"}) {
     Site small(3);
