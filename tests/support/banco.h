@@ -3,10 +3,8 @@
 
 #include <deque>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <optional>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -38,11 +36,9 @@ class MemoryFileSystem : private Drives, public HostFileSystem {
   void AddFolder(const std::string& winpath) { Seed(winpath, nullptr); }
   // The bytes of a file, found as a read finds it.
   std::optional<std::string> Contents(const std::string& winpath) {
-    const std::string host = HostPath(winpath).value_or("");
-    std::ifstream in(host, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    return in && !std::filesystem::is_directory(host) ? bytes.str() : std::optional<std::string>();
+    const std::optional<std::string> host = HostPath(winpath);
+    if (!host || !std::filesystem::is_regular_file(*host)) return std::nullopt;
+    return tree.Read(std::filesystem::relative(*host, tree.root()).string());
   }
   const std::vector<std::string>& log() const { return log_; }
 
