@@ -4,6 +4,7 @@
 
 #include "filelist/legge_dir.h"
 #include "shell/testo.h"
+#include "shell/vetrina.h"
 
 namespace vf {
 namespace {
@@ -13,6 +14,27 @@ namespace {
 const char* Immagini_Per_Riga(Vetrina& v, int64_t conta) {
   if (conta <= 54) return "1";
   return Larghezza_Schermo(v) < 800 ? "4" : "5";
+}
+
+// What the scan left out, in one message after the load; a name's control
+// bytes show as "?" so that a name cannot break the message's lines.
+void Avvisa_Scartati(Vetrina& v) {
+  const StatoScansione& s = v.frmALBUM.scansione;
+  if (s.Scartati <= 0) return;
+  std::string testo = std::to_string(s.Scartati) +
+                      (s.Scartati == 1 ? " file con nome non utilizzabile in una pagina web non "
+                                         "è stato caricato:"
+                                       : " file con nomi non utilizzabili in una pagina web non "
+                                         "sono stati caricati:");
+  for (std::string nome : s.Primi_Scartati) {
+    for (char& c : nome) {
+      if (static_cast<unsigned char>(c) < 0x20) c = '?';
+    }
+    testo += "\r" + nome;
+  }
+  const int64_t altri = s.Scartati - static_cast<int64_t>(s.Primi_Scartati.size());
+  if (altri > 0) testo += "\re altri " + std::to_string(altri);
+  v.ui.Message(testo);
 }
 
 }  // namespace
@@ -58,6 +80,7 @@ void cmdCONFERMA_Click(Vetrina& v) {
   f.cmdCONFERMA.Enabled = true;
   f.cmdCONFERMA_Tutti.Enabled = true;
   v.ui.Cursor(false);
+  Avvisa_Scartati(v);
 }
 
 void cmdCONFERMA_Tutti_Click(Vetrina& v) {

@@ -32,6 +32,22 @@ class LivelloSotto {
 
 bool FiltroVuoto(const Vetrina& v) { return Trim(v.frmALBUM.txtESTENSIONE.Text).empty(); }
 
+// A name left out by the listing that the user would have had: a file that
+// passes the filter, or a folder, whose whole tree is lost with it.
+void Scarta(Vetrina& v, const std::string& Path_Corrente, const FolderEntry& e) {
+  StatoScansione& s = v.frmALBUM.scansione;
+  if (e.hidden || e.kind == FolderEntry::kSystem) return;
+  if (e.kind == FolderEntry::kFile &&
+      (FiltroVuoto(v) || !Passa_Filtro(e.name, v.frmALBUM.txtESTENSIONE.Text))) {
+    return;
+  }
+  s.Scartati += 1;
+  if (s.Primi_Scartati.size() < kScartatiMostrati) {
+    s.Primi_Scartati.push_back(Path_Corrente + e.name +
+                               (e.kind == FolderEntry::kFolder ? "\\" : ""));
+  }
+}
+
 // One folder: its files, then its subfolders each with its own tree. The
 // listing is taken once and serves both passes. Window events may run at each
 // repaint, so the filter is read again at every test and nothing points into
@@ -54,6 +70,7 @@ void Leggi_Cartella(Vetrina& v, CartelleLette& lette, const std::string& Path_Ri
     // always read.
     bool identificata = elenco.device != 0 || elenco.inode != 0;
     if (identificata && !lette.emplace(elenco.device, elenco.inode).second) return;
+    for (const FolderEntry& e : elenco.unusable) Scarta(v, Path_Corrente, e);
 
     if (!FiltroVuoto(v)) {
       for (const FolderEntry& e : elenco.entries) {
@@ -111,6 +128,8 @@ void Legge_Dir(Vetrina& v, const std::string& Path_Ricerca) {
   // tables of the old window (500 names a folder) are gone, so the 501st
   // name of a folder is listed like the first.
   CartelleLette lette;
+  v.frmALBUM.scansione.Scartati = 0;
+  v.frmALBUM.scansione.Primi_Scartati.clear();
   Leggi_Cartella(v, lette, Path_Ricerca);
 }
 

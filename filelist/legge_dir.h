@@ -10,6 +10,8 @@ namespace vf {
 // Deepest level that is read: the start folder has level 0, so a scan reads
 // 51 levels of folders. Folders below are not read and nothing is reported.
 inline constexpr int64_t kLivelloMassimo = 50;
+// How many of the names left out a load names in its message.
+inline constexpr size_t kScartatiMostrati = 5;
 
 // Appends to List1 what the tree under Path_Ricerca holds (with or without a
 // trailing backslash; "" names the root of the current drive). With a filter
@@ -17,7 +19,10 @@ inline constexpr int64_t kLivelloMassimo = 50;
 // files before the trees of its subfolders. With an empty filter: "<path>" for
 // every folder of the tree but the start folder, each before its own tree.
 // The filter is read anew at every test. List1 is never cleared. A folder
-// that cannot be listed gives nothing and no message. On return
+// that cannot be listed gives nothing and no message. Names that no page
+// could link to are not listed (the file layer leaves them out); those the
+// user would have had are counted in frmALBUM.scansione, from 0 at each call,
+// for the load to tell. On return
 // frmALBUM.scansione.Livello has its value of before the call.
 void Legge_Dir(Vetrina& v, const std::string& Path_Ricerca);
 

@@ -45,9 +45,19 @@ void Copia_Piede(Vetrina& v, StatoEsecuzione& s) {
   v.slots.Close(3);
 }
 
+// A line of the page under its recovery. While the recovery watches, each
+// line is handed to the system at once, so that a full disk or a medium that
+// refuses it fails here, where the recovery can tell the user, and not at a
+// later write or at the close, where no one would hear of it.
+int Scrivi_Sorvegliata(Vetrina& v, const StatoEsecuzione& s, const std::string& riga) {
+  int failure = v.slots.WriteLine(1, riga);
+  if (failure == kOk && s.Armato) failure = v.slots.Flush(1);
+  return failure;
+}
+
 Esito Righe(Vetrina& v, StatoEsecuzione& s, std::initializer_list<const char*> righe) {
   for (const char* riga : righe) {
-    Esito e = Passo(v, s, v.slots.WriteLine(1, riga));
+    Esito e = Passo(v, s, Scrivi_Sorvegliata(v, s, riga));
     if (e != Esito::kAvanti) return e;
   }
   return Esito::kAvanti;
@@ -73,7 +83,7 @@ Esito Apri_Pagina(Vetrina& v, StatoEsecuzione& s) {
         "<H2><a href=" + q + indice + q + " target=" + q + "_top" + q + "><p align=" + q +
         "center" + q + "><font color=" + q + "#FFFF80" + q +
         "><strong><em>Ritorna alla pagina iniziale</strong></em></font></p></a></H2>";
-    return Passo(v, s, v.slots.WriteLine(1, link));
+    return Passo(v, s, Scrivi_Sorvegliata(v, s, link));
   }
   return Esito::kAvanti;
 }

@@ -154,7 +154,10 @@ void Programma::MostraAvanzamento() {
   QString titolo = QString::fromUtf8(FrmAlbum::kTitolo);
   // A command shorter than about a second shows nothing: the title would
   // only flicker.
-  if (lavoro_ != Lavoro::kNessuno && inizio_lavoro_.elapsed() >= avanzamento_dopo_ms) {
+  // While a command waits for the user the title is the window's own: the
+  // count would read as work going on.
+  if (lavoro_ != Lavoro::kNessuno && !ui_->InAttesa() &&
+      inizio_lavoro_.elapsed() >= avanzamento_dopo_ms) {
     const int64_t voci = v_->frmALBUM.List1.ListCount();
     if (lavoro_ == Lavoro::kCaricamento) {
       titolo += QStringLiteral(" - Caricamento: %1 file trovati").arg(voci);

@@ -17,6 +17,7 @@
 
 #include "platform/derived_pass.h"
 #include "platform/host_file_system.h"
+#include "platform/windows_path.h"
 
 namespace vf::gui {
 namespace {
@@ -64,6 +65,19 @@ std::optional<std::string> PaginaDellaRiga(const std::string& riga) {
   return std::nullopt;
 }
 
+// Every part of a Windows path below its drive can stand in a page's link.
+bool NomiDaPagina(const std::string& windows) {
+  size_t inizio = windows.find('\\');
+  while (inizio != std::string::npos) {
+    const size_t fine = windows.find('\\', inizio + 1);
+    const std::string_view parte = std::string_view(windows).substr(
+        inizio + 1, fine == std::string::npos ? std::string::npos : fine - inizio - 1);
+    if (!NameFitsAPage(parte)) return false;
+    inizio = fine;
+  }
+  return true;
+}
+
 }  // namespace
 
 std::unique_ptr<QMessageBox> CreaMessaggio(const std::string& testo, bool domanda,
@@ -85,12 +99,26 @@ std::unique_ptr<QMessageBox> CreaMessaggio(const std::string& testo, bool domand
   return box;
 }
 
+class QtUi::Attesa {
+ public:
+  explicit Attesa(QtUi& ui) : ui_(ui) {
+    ++ui_.in_attesa_;
+    if (ui_.prima_degli_eventi) ui_.prima_degli_eventi();
+  }
+  ~Attesa() { --ui_.in_attesa_; }
+  Attesa(const Attesa&) = delete;
+  Attesa& operator=(const Attesa&) = delete;
+
+ private:
+  QtUi& ui_;
+};
+
 QtUi::QtUi(HostFileSystem& fs) : fs_(fs) {}
 
 QtUi::~QtUi() { CursoreNormale(); }
 
 void QtUi::Message(const std::string& text) {
-  if (prima_degli_eventi) prima_degli_eventi();
+  Attesa attesa(*this);
   if (risponditore) {
     risponditore(text, false);
     return;
@@ -99,7 +127,7 @@ void QtUi::Message(const std::string& text) {
 }
 
 bool QtUi::Question(const std::string& text) {
-  if (prima_degli_eventi) prima_degli_eventi();
+  Attesa attesa(*this);
   if (risponditore) return risponditore(text, true);
   auto box = CreaMessaggio(text, true, genitore);
   box->exec();
@@ -188,16 +216,28 @@ std::optional<std::string> QtUi::SceltaUtente(const std::string& title, const QS
 
 std::string QtUi::FileDialog(const std::string& title, const std::string& start_folder,
                              const std::string&) {
-  if (prima_degli_eventi) prima_degli_eventi();
   std::optional<std::string> host;
-  try {
-    const QString inizio = CartellaIniziale(start_folder);
-    host = scelta_file ? scelta_file(title, AHost(inizio)) : SceltaUtente(title, inizio);
-  } catch (const std::exception&) {
-    return "";
+  {
+    Attesa attesa(*this);
+    try {
+      const QString inizio = CartellaIniziale(start_folder);
+      host = scelta_file ? scelta_file(title, AHost(inizio)) : SceltaUtente(title, inizio);
+    } catch (const std::exception&) {
+      return "";
+    }
   }
   if (!host || host->empty()) return "";
-  return fs_.WindowsPath(*host).value_or("");
+  std::optional<std::string> windows = fs_.WindowsPath(*host);
+  if (!windows || !NomiDaPagina(*windows)) {
+    // A name that no page could link to would break the site or run a
+    // script in it; the user learns why nothing was chosen.
+    Message("Il nome " + *host +
+            " non può stare in una pagina web: contiene uno dei caratteri < > \" | ? * : \\ "
+            "o un riferimento a un carattere (&# oppure &nome;).\r\r"
+            "Rinominare il file o la cartella e sceglierlo di nuovo.");
+    return "";
+  }
+  return *windows;
 }
 
 double QtUi::ScreenWidthTwips() {

@@ -57,6 +57,8 @@ class QtUi : public UserOps {
   bool FineRichiesta() const { return fine_richiesta_; }
   // The normal cursor again, whatever the logic left.
   void CursoreNormale() { Cursor(false); }
+  // A message, question or file dialog is open: the command waits for the user.
+  bool InAttesa() const { return in_attesa_ > 0; }
 
   // The program's folder on the host; ProgramFolder gives its Windows form.
   std::string cartella_programma;
@@ -93,6 +95,9 @@ class QtUi : public UserOps {
   std::optional<std::string> SceltaUtente(const std::string& title, const QString& inizio);
 
   HostFileSystem& fs_;
+  // Counts the open message boxes and dialogs for the length of each.
+  class Attesa;
+  int in_attesa_ = 0;
   bool occupato_ = false;
   bool fine_richiesta_ = false;
   QElapsedTimer ultimo_giro_;

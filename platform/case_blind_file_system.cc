@@ -72,7 +72,10 @@ int CaseBlindFileSystem::ResolveTarget(const std::string& path, Resolved* r) {
   int failure = Resolve(path, true, r);
   if (failure != kOk) return failure;
   if (NamesMissingFolder(*r)) return kPercorsoNonTrovato;
-  if (r->place.names.empty() || (r->found && r->kind != FolderEntry::kFile)) return kErroreAccesso;
+  // A link, a pipe or a device at the target is replaced; a folder is not.
+  if (r->place.names.empty() || (r->found && r->kind == FolderEntry::kFolder)) {
+    return kErroreAccesso;
+  }
   return kOk;
 }
 
@@ -216,7 +219,9 @@ FolderListing CaseBlindFileSystem::ListFolder(const std::string& path) {
     return a.second.name < b.second.name;
   });
   listing.entries.clear();
-  for (auto& [key, entry] : keyed) listing.entries.push_back(std::move(entry));
+  for (auto& [key, entry] : keyed) {
+    (NameFitsAPage(entry.name) ? listing.entries : listing.unusable).push_back(std::move(entry));
+  }
   return listing;
 }
 

@@ -75,9 +75,11 @@ class CaseBlindFileSystem : public FileSystem {
   // empty when nothing matches.
   virtual int Find(const Place& folder, const std::string& part, std::optional<Match>* found) = 0;
   virtual int ReadFile(const Place& file, std::unique_ptr<InputFile>* out) = 0;
-  // Creates the file or empties the existing plain file.
+  // Creates the file or empties the existing plain file; anything else that
+  // is not a folder is replaced by a new plain file.
   virtual int WriteFile(const Place& file, std::unique_ptr<OutputFile>* out) = 0;
-  // Copies a plain file over a target that is missing or another plain file.
+  // Copies a plain file over a target that is missing or is not a folder,
+  // whole or not at all.
   virtual int CopyFile(const Place& from, const Place& to) = 0;
   virtual bool SameFile(const Place& a, const Place& b) = 0;
   virtual int MakeFolderAt(const Place& folder) = 0;
@@ -92,7 +94,7 @@ class CaseBlindFileSystem : public FileSystem {
   static bool NamesMissingFolder(const Resolved& r);
   // A plain file to read: 53 when it is missing, 75 when it is no plain file.
   int ResolveSource(const std::string& path, Resolved* r);
-  // A file to write: one that is missing or an existing plain file, else 75.
+  // A file to write: anything but a folder or a drive's root, else 75.
   int ResolveTarget(const std::string& path, Resolved* r);
   // Gives an existing target the typed spelling of its last part.
   int TakeTypedSpelling(const Resolved& target, Place* place);

@@ -23,6 +23,9 @@ class OutputFile {
  public:
   virtual ~OutputFile() = default;
   virtual int Write(const char* data, size_t size) = 0;
+  // Hands what was written so far to the system now, so that a full disk
+  // shows here rather than at a later write or at Close (no sync to the disk).
+  virtual int Flush() = 0;
   virtual int Close() = 0;
 };
 
@@ -35,11 +38,15 @@ struct FolderEntry {
 };
 
 // A folder's names, sorted ignoring case (names equal ignoring case in byte
-// order), without "." and "..". `device` and `inode` name the folder itself,
-// so that a scan can tell a folder it has already read.
+// order), without "." and "..". A name that cannot stand in a page's link
+// (see NameFitsAPage) is not among `entries` but in `unusable`, in the same
+// order, so that a scan can tell the user what it left out. `device` and
+// `inode` name the folder itself, so that a scan can tell a folder it has
+// already read.
 struct FolderListing {
   int failure = 0;
   std::vector<FolderEntry> entries;
+  std::vector<FolderEntry> unusable;
   uint64_t device = 0;
   uint64_t inode = 0;
 };
@@ -56,9 +63,13 @@ class FileSystem {
   // Opens an existing file for reading. On success *file is set.
   virtual int OpenInput(const std::string& path, std::unique_ptr<InputFile>* file) = 0;
   // Creates the file or empties an existing one. On success *file is set.
+  // A target that is a link, a pipe, a socket or a device is replaced by a new
+  // plain file, never written through.
   virtual int OpenOutput(const std::string& path, std::unique_ptr<OutputFile>* file) = 0;
-  // Copies a file, replacing an existing target. A copy of a file onto
-  // itself fails with 75 and leaves it untouched.
+  // Copies a file, replacing an existing target (a link, not what it points
+  // to). The copy is whole or not there: a failed copy leaves the old target
+  // as it was, or no target. A copy of a file onto itself fails with 75 and
+  // leaves it untouched.
   virtual int Copy(const std::string& from, const std::string& to) = 0;
   // Makes one folder; fails when it exists or its parent is missing.
   virtual int MakeFolder(const std::string& path) = 0;

@@ -147,15 +147,11 @@ int HostFileSystem::CopyFile(const Place& from, const Place& to) {
   Fd in;
   int failure = OpenHostInput(HostOf(from), &in);
   if (failure != kOk) return failure;
-  Fd out;
-  failure = OpenHostOutput(HostOf(to), &out);
+  failure = CopyHostFile(in.get(), HostOf(to));
   if (failure != kOk) return failure;
   cache_.Added(HostFolderOf(to), to.names.back(), FolderEntry::kFile);
-  failure = CopyHostData(in.get(), out.get());
-  int closed = out.Close();
-  if (failure == kOk) failure = closed;
-  if (failure == kOk) copies_.push_back({HostOf(from), HostOf(to)});
-  return failure;
+  copies_.push_back({HostOf(from), HostOf(to)});
+  return kOk;
 }
 
 std::vector<HostFileSystem::Copied> HostFileSystem::TakeCopies() {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <random>
 #include <utility>
 
 #include "platform/failure.h"
@@ -25,7 +26,34 @@ int OpenPlain(const std::string& path, int flags, Fd* fd) {
   return kOk;
 }
 
+// The folder part of a host path, with its slash ("dir/" or "/"); "" for a
+// bare name, which stands in the working folder.
+std::string FolderOf(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
 }  // namespace
+
+int MakeHiddenTemporary(const std::string& beside, std::string* temporary, Fd* fd) {
+  static constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
+  std::random_device entropy;
+  std::uniform_int_distribution<size_t> pick(0, sizeof kLetters - 2);
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    std::string name = FolderOf(beside) + ".vetrina-";
+    for (int i = 0; i < 8; ++i) name += kLetters[pick(entropy)];
+    // The mode the system gives a new file (0666 less the umask), so that a
+    // web server running as another user can read it.
+    Fd opened(::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+    if (opened.valid()) {
+      *temporary = std::move(name);
+      *fd = std::move(opened);
+      return kOk;
+    }
+    if (errno != EEXIST) return FailureFromErrno(errno);
+  }
+  return kErroreAccesso;
+}
 
 int WriteAll(int fd, std::string_view data) {
   while (!data.empty()) {
@@ -78,7 +106,50 @@ int OpenHostInput(const std::string& path, Fd* fd) {
 }
 
 int OpenHostOutput(const std::string& path, Fd* fd) {
-  return OpenPlain(path, O_WRONLY | O_CREAT | O_TRUNC, fd);
+  struct stat st;
+  if (::lstat(path.c_str(), &st) != 0 || S_ISREG(st.st_mode)) {
+    Fd opened(::open(path.c_str(),
+                     O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
+    if (opened.valid()) {
+      // A pipe that came meanwhile opened without waiting; it is refused.
+      if (::fstat(opened.get(), &st) != 0 || !S_ISREG(st.st_mode)) return kErroreAccesso;
+      *fd = std::move(opened);
+      return kOk;
+    }
+    // A link that came meanwhile is replaced like one that was there.
+    if (errno != ELOOP) return FailureFromErrno(errno);
+  } else if (S_ISDIR(st.st_mode)) {
+    return kErroreAccesso;
+  }
+  // A link, a pipe, a socket or a device: opening it would write into what
+  // it stands for, so a new empty file takes its place.
+  std::string temporary;
+  Fd fresh;
+  int failure = MakeHiddenTemporary(path, &temporary, &fresh);
+  if (failure != kOk) return failure;
+  if (::rename(temporary.c_str(), path.c_str()) != 0) {
+    failure = FailureFromErrno(errno);
+    ::unlink(temporary.c_str());
+    return failure;
+  }
+  *fd = std::move(fresh);
+  return kOk;
+}
+
+int CopyHostFile(int in, const std::string& target) {
+  std::string temporary;
+  Fd out;
+  int failure = MakeHiddenTemporary(target, &temporary, &out);
+  if (failure != kOk) return failure;
+  failure = CopyHostData(in, out.get());
+  const int closed = out.Close();
+  if (failure == kOk) failure = closed;
+  if (failure == kOk && ::rename(temporary.c_str(), target.c_str()) != 0) {
+    failure = FailureFromErrno(errno);
+  }
+  // The half copy is this program's own, never the user's: it goes.
+  if (failure != kOk) ::unlink(temporary.c_str());
+  return failure;
 }
 
 int HostInputFile::Read(char* buffer, size_t capacity, size_t* got) {
@@ -104,6 +175,7 @@ int HostOutputFile::Write(const char* data, size_t size) {
 }
 
 int HostOutputFile::Flush() {
+  if (failure_ == kOk && !fd_.valid()) return kNomeNonValido;
   if (failure_ == kOk) failure_ = WriteAll(fd_.get(), buffer_);
   buffer_.clear();
   return failure_;

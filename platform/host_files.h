@@ -40,8 +40,18 @@ class Fd {
 // Opens a host file for reading; only a plain file is accepted (75 for
 // anything else), and a missing one gives 53.
 int OpenHostInput(const std::string& path, Fd* fd);
-// Creates the host file or empties the existing plain file.
+// Creates the host file or empties the existing plain file. A symbolic link,
+// a pipe, a socket or a device there is replaced by a new empty file (through
+// a hidden temporary name and a rename), never opened; a folder gives 75.
 int OpenHostOutput(const std::string& path, Fd* fd);
+// Creates a new file with a hidden name ("." first) in the folder of
+// `beside`, with the mode a new file gets; *temporary is its host path.
+int MakeHiddenTemporary(const std::string& beside, std::string* temporary, Fd* fd);
+// Copies the bytes of `in` to `target` through a hidden temporary file renamed
+// over it, so that the target is the whole copy or stays as it was; a link at
+// the target is replaced, not written through. The temporary file goes when
+// anything fails.
+int CopyHostFile(int in, const std::string& target);
 
 class HostInputFile : public InputFile {
  public:
@@ -59,11 +69,10 @@ class HostOutputFile : public OutputFile {
   explicit HostOutputFile(Fd fd) : fd_(std::move(fd)) {}
   ~HostOutputFile() override;
   int Write(const char* data, size_t size) override;
+  int Flush() override;
   int Close() override;
 
  private:
-  int Flush();
-
   Fd fd_;
   std::string buffer_;
   int failure_ = 0;

@@ -86,6 +86,12 @@ int TextSlots::WriteLine(int slot, const std::string& line) {
   return it->second.output->Write(data.data(), data.size());
 }
 
+int TextSlots::Flush(int slot) {
+  auto it = slots_.find(slot);
+  if (it == slots_.end() || !it->second.output) return kNomeNonValido;
+  return it->second.output->Flush();
+}
+
 bool TextSlots::AtEnd(int slot) {
   auto it = slots_.find(slot);
   if (it == slots_.end() || !it->second.input) return true;

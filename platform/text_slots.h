@@ -26,6 +26,9 @@ class TextSlots {
   // A slot that is not open, or open for writing: 52. Past the end: 75.
   int ReadLine(int slot, std::string* line);
   int WriteLine(int slot, const std::string& line);
+  // Hands the lines written so far to the system, so that a full disk shows
+  // now. A slot that is not open for writing: 52.
+  int Flush(int slot);
   // True at the end of a file open for reading; a slot not open reads as
   // at its end.
   bool AtEnd(int slot);

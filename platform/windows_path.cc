@@ -22,7 +22,24 @@ bool IsRefusedByte(unsigned char c) {
 
 bool IsSeparator(char c) { return c == '\\' || c == '/'; }
 
+bool IsLetterOrDigit(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
 }  // namespace
+
+bool NameFitsAPage(std::string_view name) {
+  for (size_t i = 0; i < name.size(); ++i) {
+    const char c = name[i];
+    if (IsRefusedByte(static_cast<unsigned char>(c)) || c == '\\') return false;
+    if (c != '&') continue;
+    if (i + 1 < name.size() && name[i + 1] == '#') return false;
+    size_t j = i + 1;
+    while (j < name.size() && IsLetterOrDigit(name[j])) ++j;
+    if (j > i + 1 && j < name.size() && name[j] == ';') return false;
+  }
+  return true;
+}
 
 char DriveLetter(char c) {
   if (c >= 'a' && c <= 'z') return static_cast<char>(c - 'a' + 'A');

@@ -23,6 +23,13 @@ struct ParsedPath {
 // one of < > " | ? *, a colon or a control byte, which Windows refuses.
 int ParseWindowsPath(std::string_view text, const ParsedPath& current, ParsedPath* out);
 
+// True when a host name can stand in a page's link as it is: no Windows path
+// could spell a name holding < > " | ? *, a colon, a backslash or a byte 1-31,
+// and a browser decodes a character reference ("&#", or "&", letters or
+// digits and ";") inside a link, so "javascript&#58;x" would become a script
+// link. Names ending in a dot or a blank, and device names, are usable.
+bool NameFitsAPage(std::string_view name);
+
 // "C:\a\b", or "C:\" for a root.
 std::string FormatWindowsPath(const ParsedPath& path);
 

@@ -15,6 +15,11 @@ namespace vf {
 // kept by that level's own visit, so no folder has a limit on its names.
 struct StatoScansione {
   int64_t Livello = 0;
+  // Names of the latest scan that no page could link to, so left out: how
+  // many, and the full paths of the first few (a folder's with its trailing
+  // backslash).
+  int64_t Scartati = 0;
+  std::vector<std::string> Primi_Scartati;
 };
 
 // The main window "Vetrina Foto Digitali .HTML per Internet" as a model:

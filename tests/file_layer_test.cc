@@ -117,5 +117,43 @@ TEST(FileLayer, ABuildDoesExactlyItsOperationsInOrder) {
   EXPECT_EQ(messages, 4);
 }
 
+// A disk that is full, or fills, during a build: the page's first lines are
+// handed over while its recovery watches, a picture page that fails only at
+// its close is told like one that fails at its opening, and so is a missing
+// picture-page template.
+TEST(FileLayer, AFullDiskIsToldWhereTheBuildWatchesIt) {
+  const struct {
+    size_t free;
+    bool template_there;
+    const char* message;  // the first message of the build
+  } rows[] = {
+      {0, true, "MSG: Errore in registrazione Elenco c:\\s\\index.htm\r\r ERR= 61 - Disco pieno"},
+      {5000, true, "MSG: Errore nella copia singoli HTML ERR= 61 - Disco pieno\r\rCopia "},
+      {100000, false, "MSG: Errore nella copia singoli HTML ERR= 53 - Impossibile trovare il file"},
+  };
+  for (const auto& r : rows) {
+    test::Banco b;
+    b.ui.program_folder = "C:\\P";
+    for (const char* f : {"MENU.HTM", "INTESTAZ.HTM", "PIEDE.HTM"})
+      b.fs.AddFile(std::string("C:\\P\\") + f, "x\r\n");
+    b.fs.AddFile(std::string("C:\\P\\VETRINA-FOTO_DEFAULT\\dir_0001\\IMG_00") +
+                     (r.template_there ? "1" : "2") + ".HTM",
+                 std::string(10000, 'p') + "\r\n");
+    b.fs.AddFile("C:\\F\\A.JPG", "picture");
+    b.fs.AddFile("C:\\S\\index.htm", "the good page of before");
+    b.v.frmALBUM.List1.AddItem("C:\\F\\A.JPG");
+    b.v.frmALBUM.txtNUM_FILE.Text = "1";
+    b.v.frmALBUM.txtNOME_FILE_HTM.Text = "C:\\S\\index.htm";
+    b.ui.answers = {true};
+    b.fs.free_bytes = r.free;
+    Command1_Click(b.v);
+    std::string first;
+    for (const std::string& e : b.ui.events) {
+      if (first.empty() && e.starts_with("MSG: ")) first = e;
+    }
+    EXPECT_TRUE(first.starts_with(r.message)) << first;
+  }
+}
+
 }  // namespace
 }  // namespace vf

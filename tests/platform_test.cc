@@ -338,12 +338,8 @@ TEST_F(HostFileSystemTest, NamesMatchIgnoringCaseExactSpellingFirstAndNothingIsR
   EXPECT_EQ(fs_.SetCurrentFolder("C:\\a.jpg"), kPercorsoNonTrovato);
   EXPECT_EQ(fs_.SetCurrentDrive("Q"), kPercorsoNonTrovato);
   EXPECT_EQ(Write("C:\\a?.htm"), kNomeNonValido);
-  fs::create_symlink(Host("c/gone.htm"), Host("c/link.htm"));  // no file made through it
-  EXPECT_EQ(Write("C:\\link.htm"), kErroreAccesso);
   EXPECT_EQ(tree_.Tree("d"), Names{"cd.jpg"});
-  EXPECT_FALSE(tree_.Exists("c/a?.htm") || tree_.Exists("c/x.jpg") || tree_.Exists("c/gone.htm"));
-  tree_.Write("c/big.jpg", std::string(10000, 'x'));
-  EXPECT_EQ(OnAFullDisk([&] { return fs_.Copy("C:\\big.jpg", "C:\\copia.jpg"); }), kErroreAccesso);
+  EXPECT_FALSE(tree_.Exists("c/a?.htm") || tree_.Exists("c/x.jpg"));
   // Between file systems the kernel copies nothing, and plain reads take over.
   Fd memory(::memfd_create("vf", MFD_CLOEXEC)), copy;
   const std::string big(300000, 'b');
@@ -360,6 +356,55 @@ TEST_F(HostFileSystemTest, NamesMatchIgnoringCaseExactSpellingFirstAndNothingIsR
   Fd fd(first);
   fd = Fd(::open("/dev/null", O_RDONLY | O_CLOEXEC));
   EXPECT_EQ(::fcntl(first, F_GETFD), -1);
+}
+
+// A link, a pipe or a dangling link where a page or a copy goes is replaced by
+// the new file; what a link pointed to stays as it was. A copy that cannot be
+// finished leaves the old file or nothing, and no temporary file; a new file
+// gets the mode of any new file, so that a web server can read it.
+TEST_F(HostFileSystemTest, TargetsAreReplacedNotWrittenThroughAndCopiesAreWhole) {
+  tree_.Write("outside/secret.jpg", "the owner's");
+  tree_.MakeFolder("c/s/dir");
+  for (const char* name : {"page.htm", "copy.jpg"})
+    fs::create_symlink(Host("outside/secret.jpg"), Host(std::string("c/s/") + name));
+  fs::create_symlink(Host("outside/gone.htm"), Host("c/s/dangling.htm"));
+  ASSERT_EQ(::mkfifo(Host("c/s/pipe.htm").c_str(), 0600), 0);
+  fs::create_directory_symlink(Host("outside"), Host("c/s/linked"));
+  tree_.Write("c/s/old.jpg", "old");
+  tree_.Write("c/big.jpg", std::string(10000, 'x'));
+  for (const char* page :
+       {"C:\\S\\page.htm", "C:\\s\\dangling.htm", "C:\\s\\pipe.htm", "C:\\s\\linked\\new.htm"}) {
+    EXPECT_EQ(Write(page, "page"), kOk) << page;
+  }
+  EXPECT_EQ(fs_.Copy("C:\\a.jpg", "C:\\s\\copy.jpg"), kOk);
+  EXPECT_EQ(Write("C:\\s\\dir") + fs_.Copy("C:\\a.jpg", "C:\\s\\DIR"), 2 * kErroreAccesso);
+  EXPECT_EQ(OnAFullDisk([&] {
+              return fs_.Copy("C:\\big.jpg", "C:\\s\\old.jpg") +
+                     fs_.Copy("C:\\big.jpg", "C:\\s\\none.jpg");
+            }),
+            2 * kErroreAccesso);
+  fs::remove(Host("c/s/linked"));  // a link among the folders was followed
+  EXPECT_EQ(tree_.Tree("c/s"),
+            (Names{"copy.jpg", "dangling.htm", "dir/", "old.jpg", "page.htm", "pipe.htm"}));
+  for (const char* name : {"page.htm", "copy.jpg", "dangling.htm", "pipe.htm"}) {
+    EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(Host(std::string("c/s/") + name)))) << name;
+  }
+  EXPECT_EQ(tree_.Read("c/s/page.htm") + tree_.Read("c/s/copy.jpg") + tree_.Read("c/s/old.jpg") +
+                tree_.Read("outside/secret.jpg") + tree_.Read("outside/new.htm"),
+            "pagesmalloldthe owner'spage");
+  EXPECT_FALSE(tree_.Exists("outside/gone.htm"));
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  for (const char* name : {"c/s/copy.jpg", "c/s/pipe.htm"}) {
+    EXPECT_EQ(fs::status(Host(name)).permissions(), fs::perms(0666 & ~mask)) << name;
+  }
+  // A folder's listing sets apart the names that no page can link to.
+  for (const char* name : {"n<.jpg", "javascript&#58;x.mp3", "ok&.jpg"})
+    tree_.Write("c/h/" + std::string(name), "");
+  const FolderListing listing = fs_.ListFolder("C:\\H");
+  ASSERT_EQ(listing.entries.size() + listing.unusable.size(), 3u);
+  EXPECT_EQ(listing.entries[0].name + listing.unusable[0].name + listing.unusable[1].name,
+            "ok&.jpgjavascript&#58;x.mp3n<.jpg");
 }
 
 TEST_F(HostFileSystemTest, ListingOrderKindsAndOutsideChanges) {

@@ -33,6 +33,11 @@ class MemoryFileSystem : private Drives, public HostFileSystem {
 
   // Seeding, outside the journal: names exactly as given, folders on the way.
   void AddFile(const std::string& winpath, const std::string& bytes) { Seed(winpath, &bytes); }
+  // The same by a host path below the drives' folder ("D/Foto/a<b.mp3"), for
+  // names that no Windows path can spell.
+  void AddHostFile(const std::string& relative, const std::string& bytes) {
+    tree.Write(relative, bytes);
+  }
   void AddFolder(const std::string& winpath) { Seed(winpath, nullptr); }
   // The bytes of a file, found as a read finds it.
   std::optional<std::string> Contents(const std::string& winpath) {
@@ -42,10 +47,23 @@ class MemoryFileSystem : private Drives, public HostFileSystem {
   }
   const std::vector<std::string>& log() const { return log_; }
 
+  // A disk with this many bytes free for what is written through it; none: no limit.
+  // Lines written wait in the file's buffer, as on the host, and a full disk
+  // shows when they are handed over (Flush or Close); a copy that does not
+  // fit fails whole.
+  std::optional<size_t> free_bytes;
+
   int OpenOutput(const std::string& path, std::unique_ptr<OutputFile>* file) override {
-    return Log(HostFileSystem::OpenOutput(path, file), "WRITE " + Typed(path));
+    int failure = HostFileSystem::OpenOutput(path, file);
+    if (failure == kOk && free_bytes) *file = std::make_unique<Filling>(std::move(*file), *this);
+    return Log(failure, "WRITE " + Typed(path));
   }
   int Copy(const std::string& from, const std::string& to) override {
+    if (free_bytes) {
+      const std::optional<std::string> bytes = Contents(from);
+      if (bytes && bytes->size() > *free_bytes) return kDiscoPieno;
+      if (bytes) *free_bytes -= bytes->size();
+    }
     return Log(HostFileSystem::Copy(from, to), "COPY " + Typed(from) + " -> " + Typed(to));
   }
   int MakeFolder(const std::string& path) override {
@@ -76,6 +94,33 @@ class MemoryFileSystem : private Drives, public HostFileSystem {
     if (failure == kOk) log_.push_back(std::move(line));
     return failure;
   }
+
+  // An output file on a disk that fills: the bytes not yet handed over are
+  // counted against the free bytes when they are.
+  struct Filling : OutputFile {
+    Filling(std::unique_ptr<OutputFile> file, MemoryFileSystem& disk)
+        : inner(std::move(file)), disk(disk) {}
+    int Write(const char* data, size_t size) override {
+      pending += size;
+      return inner->Write(data, size);
+    }
+    int Flush() override {
+      if (failure == kOk && pending > *disk.free_bytes) failure = kDiscoPieno;
+      if (failure != kOk) return failure;
+      *disk.free_bytes -= pending;
+      pending = 0;
+      return inner->Flush();
+    }
+    int Close() override {
+      int flushed = Flush();
+      int closed = inner->Close();
+      return flushed != kOk ? flushed : closed;
+    }
+    std::unique_ptr<OutputFile> inner;
+    MemoryFileSystem& disk;
+    size_t pending = 0;
+    int failure = kOk;
+  };
 
   std::vector<std::string> log_;
 };
