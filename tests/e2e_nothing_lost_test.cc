@@ -215,6 +215,55 @@ TEST(NothingLost, AShorterBuildReplacesOnlyWhatItWrites) {
   }
 }
 
+// Names that a Linux folder can hold and no Windows disk can never reach a
+// page, and the rest of the list builds whole; links in an older site are
+// replaced, and what they pointed to keeps its bytes.
+TEST(NothingLost, HostileNamesAndLinksInTheSite) {
+  TempTree tree;
+  CopyTemplates(tree, "e/PROG");
+  for (const char* name :
+       {"\"><svg onload=document['title']='pwned'>.htm", "x\" onmouseover=\"alert(5).mp3",
+        "javascript:alert(4).mp3", "javascript&#58;alert(1).mp3", "a.jpg", "b.mp3", "c.htm",
+        "Sub/d.jpg", "e|f/g.jpg"}) {
+    tree.Write(std::string("d/Foto/") + name, name);
+  }
+  tree.Write("outside/secret.jpg", "the owner's");
+  tree.MakeFolder("c/Sito/dir_0003");
+  for (const char* link : {"c/Sito/dir_0003/img_001.jpg", "c/Sito/pulsante.jpg"})
+    std::filesystem::create_symlink(tree.Path("outside/secret.jpg"), tree.Path(link));
+  std::string script =
+      "drive C c\ndrive D d\ndrive E e\nprogram E:\\PROG\nstart\n"
+      "set txtPATH_RICERCA D:\\Foto\nset txtMAX_N_FILES 1\n";
+  for (const char* filter : {"htm", "mp3", "jpg"})
+    script += std::string("set txtESTENSIONE ") + filter + "\nclick cmdCONFERMA\n";
+  script += "set txtNOME_FILE_HTM C:\\Sito\\index.htm\nclick Command1\nprint List1\n";
+  const RunResult r = RunScript(script, tree.root());
+  ASSERT_EQ(r.status, 0) << r.err;
+  // A folder is counted at each load, since its whole tree is left out.
+  const std::string folder = "{CR}D:\\Foto\\e|f\\";
+  EXPECT_EQ(
+      r.Messages(),
+      (Texts{
+          "2 file con nomi non utilizzabili in una pagina web non sono stati caricati:{CR}"
+          "D:\\Foto\\\"><svg onload=document['title']='pwned'>.htm" +
+              folder,
+          "4 file con nomi non utilizzabili in una pagina web non sono stati caricati:" + folder +
+              "{CR}D:\\Foto\\javascript&#58;alert(1).mp3{CR}D:\\Foto\\javascript:"
+              "alert(4).mp3{CR}D:\\Foto\\x\" onmouseover=\"alert(5).mp3",
+          "1 file con nome non utilizzabile in una pagina web non è stato caricato:" + folder}));
+  EXPECT_TRUE(r.Has("List1.ListCount = 4")) << r.out;
+  const std::string index = ToLower(tree.Read("c/Sito/index.htm"));
+  for (const char* bad : {"<svg", "onmouseover", "javascript", "pwned"})
+    EXPECT_EQ(index.find(bad), std::string::npos) << bad;
+  EXPECT_EQ(tree.Read("outside/secret.jpg"), "the owner's");
+  EXPECT_EQ(tree.Read("c/Sito/dir_0004/img_001.jpg"), "Sub/d.jpg");
+  for (const char* made : {"c/Sito/dir_0003/img_001.jpg", "c/Sito/pulsante.jpg"}) {
+    EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(tree.Path(made))))
+        << made;
+  }
+  EXPECT_EQ(tree.Read("c/Sito/dir_0003/img_001.jpg"), "a.jpg");
+}
+
 TEST(NothingLost, FullDiskAndReadOnlyDrivesAtEachStep) {
   // Sources on D:, the program on E:, the site on C: unless a case says so.
   const std::string page_failed = "Errore in registrazione Elenco c:\\sito\\index.htm{CR}{CR} ERR=";

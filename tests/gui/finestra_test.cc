@@ -136,6 +136,37 @@ TEST(Finestra, TheListFollowsList1) {
   EXPECT_TRUE(cambiate.count() == 1 && !s.hasSelection());
 }
 
+// While a command waits for the user the title is the window's own, not the
+// progress of the build; a file chosen with a name no page can carry is
+// refused with a message and gives the empty result.
+TEST(Finestra, WaitingForTheUserAndNamesNoPageCanCarry) {
+  Cartella casa, foto;
+  foto.Scrivi("a.jpg");
+  foto.Scrivi("javascript&#58;x.jpg");
+  foto.Scrivi("ok&.jpg");
+  Prova t(AmbienteDi(casa.Host()));
+  t.avanzamento_dopo_ms = 0;
+  t.Avvia();
+  std::vector<std::string> titoli;
+  t.ui().risponditore = [&](const std::string&, bool) {
+    titoli.push_back(t.finestra()->windowTitle().toStdString());
+    return false;
+  };
+  auto& f = t.vetrina().frmALBUM;
+  f.txtPATH_RICERCA.Text = t.Windows(foto.Host());
+  t.Widget("cmdCONFERMA")->click();
+  QFile(QString::fromStdString(casa.Host("Vetrina-Foto/index.htm"))).open(QIODevice::WriteOnly);
+  t.Widget("Command1")->click();  // the page is there: asked, and No
+  ASSERT_EQ(titoli.size(), 3u);   // what the load left out, the page there, the preview
+  for (const std::string& titolo : titoli) EXPECT_EQ(titolo, FrmAlbum::kTitolo);
+  for (const char* nome : {"javascript&#58;x.jpg", "ok&.jpg"}) {
+    t.ui().scelta_file = [&](const std::string&, const std::string&) { return foto.Host(nome); };
+    const std::string scelto = t.ui().FileDialog("Scegli", "", "*.*");
+    EXPECT_EQ(scelto, nome[0] == 'o' ? t.Windows(foto.Host(nome)) : "") << nome;
+  }
+  EXPECT_EQ(titoli.size(), 4u);
+}
+
 // With no answerer the real boxes open: a message or a question has no title,
 // plain text with CR as line break and Italian buttons, and the answer is the
 // button; the file dialog opens in the nearest folder that is there and gives
