@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <random>
 #include <utility>
 
@@ -36,17 +37,16 @@ std::string FolderOf(const std::string& path) {
 }  // namespace
 
 int MakeHiddenTemporary(const std::string& beside, std::string* temporary, Fd* fd) {
-  static constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
   std::random_device entropy;
-  std::uniform_int_distribution<size_t> pick(0, sizeof kLetters - 2);
   for (int attempt = 0; attempt < 100; ++attempt) {
-    std::string name = FolderOf(beside) + ".vetrina-";
-    for (int i = 0; i < 8; ++i) name += kLetters[pick(entropy)];
+    char name[32];
+    std::snprintf(name, sizeof name, ".vetrina-%08x%08x", entropy(), entropy());
+    const std::string path = FolderOf(beside) + name;
     // The mode the system gives a new file (0666 less the umask), so that a
     // web server running as another user can read it.
-    Fd opened(::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+    Fd opened(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
     if (opened.valid()) {
-      *temporary = std::move(name);
+      *temporary = path;
       *fd = std::move(opened);
       return kOk;
     }
@@ -108,21 +108,13 @@ int OpenHostInput(const std::string& path, Fd* fd) {
 int OpenHostOutput(const std::string& path, Fd* fd) {
   struct stat st;
   if (::lstat(path.c_str(), &st) != 0 || S_ISREG(st.st_mode)) {
-    Fd opened(::open(path.c_str(),
-                     O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
-    if (opened.valid()) {
-      // A pipe that came meanwhile opened without waiting; it is refused.
-      if (::fstat(opened.get(), &st) != 0 || !S_ISREG(st.st_mode)) return kErroreAccesso;
-      *fd = std::move(opened);
-      return kOk;
-    }
-    // A link that came meanwhile is replaced like one that was there.
-    if (errno != ELOOP) return FailureFromErrno(errno);
-  } else if (S_ISDIR(st.st_mode)) {
-    return kErroreAccesso;
+    // Without following a link that came meanwhile, and without waiting for
+    // a pipe: both are refused.
+    return OpenPlain(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, fd);
   }
   // A link, a pipe, a socket or a device: opening it would write into what
-  // it stands for, so a new empty file takes its place.
+  // it stands for, so a new empty file takes its place. Over a folder the
+  // rename fails.
   std::string temporary;
   Fd fresh;
   int failure = MakeHiddenTemporary(path, &temporary, &fresh);
@@ -175,7 +167,6 @@ int HostOutputFile::Write(const char* data, size_t size) {
 }
 
 int HostOutputFile::Flush() {
-  if (failure_ == kOk && !fd_.valid()) return kNomeNonValido;
   if (failure_ == kOk) failure_ = WriteAll(fd_.get(), buffer_);
   buffer_.clear();
   return failure_;

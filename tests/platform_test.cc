@@ -378,6 +378,9 @@ TEST_F(HostFileSystemTest, TargetsAreReplacedNotWrittenThroughAndCopiesAreWhole)
   }
   EXPECT_EQ(fs_.Copy("C:\\a.jpg", "C:\\s\\copy.jpg"), kOk);
   EXPECT_EQ(Write("C:\\s\\dir") + fs_.Copy("C:\\a.jpg", "C:\\s\\DIR"), 2 * kErroreAccesso);
+  Fd held, source(::open(Host("c/a.jpg").c_str(), O_RDONLY | O_CLOEXEC));
+  EXPECT_EQ(OpenHostOutput(Host("c/s/dir"), &held), kErroreAccesso);  // below the layer, too
+  EXPECT_EQ(CopyHostFile(source.get(), Host("c/none/x.jpg")), kPercorsoNonTrovato);
   EXPECT_EQ(OnAFullDisk([&] {
               return fs_.Copy("C:\\big.jpg", "C:\\s\\old.jpg") +
                      fs_.Copy("C:\\big.jpg", "C:\\s\\none.jpg");
