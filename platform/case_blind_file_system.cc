@@ -1,6 +1,7 @@
 #include "platform/case_blind_file_system.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "platform/case_fold.h"
@@ -208,16 +209,13 @@ FolderListing CaseBlindFileSystem::ListFolder(const std::string& path) {
     return listing;
   }
   std::vector<std::pair<std::string, FolderEntry>> keyed;
-  keyed.reserve(listing.entries.size());
   for (FolderEntry& entry : listing.entries) {
     entry.hidden = IsHiddenName(entry.name);
     std::string key = ToUpper(entry.name);
     keyed.emplace_back(std::move(key), std::move(entry));
   }
-  std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
-    if (a.first != b.first) return a.first < b.first;
-    return a.second.name < b.second.name;
-  });
+  // By capitals, and names equal in capitals by their bytes.
+  std::ranges::sort(keyed, {}, [](const auto& k) { return std::tie(k.first, k.second.name); });
   listing.entries.clear();
   for (auto& [key, entry] : keyed) {
     (NameFitsAPage(entry.name) ? listing.entries : listing.unusable).push_back(std::move(entry));

@@ -91,9 +91,7 @@ std::optional<std::string> HostFileSystem::WindowsPath(const std::string& host_p
     const Drive& candidate = drives_[drive - 'A'];
     if (!candidate.mapped) continue;
     const std::string& root = candidate.root;
-    bool holds = root == "/" || path == root ||
-                 (path.size() > root.size() && path.compare(0, root.size(), root) == 0 &&
-                  path[root.size()] == '/');
+    const bool holds = root == "/" || path == root || path.starts_with(root + '/');
     if (holds && (best == nullptr || root.size() > best->root.size())) {
       best = &candidate;
       letter = drive;
