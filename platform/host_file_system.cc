@@ -177,9 +177,7 @@ bool HostFileSystem::SameFile(const Place& a, const Place& b) {
 }
 
 int HostFileSystem::MakeFolderAt(const Place& folder) {
-  if (::mkdir(HostOf(folder).c_str(), 0777) != 0) {
-    return errno == EEXIST ? kErroreAccesso : FailureFromErrno(errno);
-  }
+  if (::mkdir(HostOf(folder).c_str(), 0777) != 0) return FailureFromErrno(errno);
   cache_.Added(HostFolderOf(folder), folder.names.back(), FolderEntry::kFolder);
   return kOk;
 }

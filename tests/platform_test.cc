@@ -423,6 +423,7 @@ TEST_F(HostFileSystemTest, EachOperationsNumbersAndWhereRenamesLeaveNames) {
       {"attr", "C:\\none", "", "ERR 53"},
       {"attr", "Q:\\tmp", "", "ERR 76"},  // no drive that is not mapped reaches the host
       {"ren", "C:\\", "C:\\x", "ERR 75"},
+      {"ren", "C:\\A.JPG", "C:\\", "ERR 75"},
       {"ren", "C:\\a.jpg", "E:\\a.jpg", "ERR 75"},
       {"ren", "C:\\F", "C:\\F\\SUB\\G", "ERR 75"},  // below itself
       {"ren", "C:\\a.jpg", "C:\\F\\moved.jpg", ""},
@@ -436,6 +437,15 @@ TEST_F(HostFileSystemTest, EachOperationsNumbersAndWhereRenamesLeaveNames) {
   for (const auto& [op, a, b, expected] : rows) EXPECT_EQ(run(op, a, b), expected) << op << a;
   EXPECT_EQ(tree_.Tree("c"),
             (Names{"A.JPG", "F/", "F/Moved.jpg", "F/SUB/", "F/SUB/R.JPG", "F/SUB/R.jpg"}));
+  // The copies made, the last one to each target, in the order made; then none.
+  ASSERT_EQ(fs_.Copy("C:\\A.JPG", "C:\\1.jpg") + fs_.Copy("C:\\F\\Moved.jpg", "C:\\2.jpg") +
+                fs_.Copy("C:\\F\\Moved.jpg", "C:\\1.jpg"),
+            kOk);
+  std::string copies;
+  for (const HostFileSystem::Copied& c : fs_.TakeCopies()) {
+    copies += fs::path(c.from).filename().string() + ">" + fs::path(c.to).filename().string() + " ";
+  }
+  EXPECT_EQ(copies + std::to_string(fs_.TakeCopies().size()), "Moved.jpg>1.jpg Moved.jpg>2.jpg 0");
 }
 
 // A link, a pipe or a dangling link where a page or a copy goes is replaced by
