@@ -1,6 +1,7 @@
 #include "platform/case_blind_file_system.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "platform/case_fold.h"
@@ -136,13 +137,13 @@ int CaseBlindFileSystem::Rename(const std::string& from, const std::string& to) 
   int failure = Resolve(from, true, &source);
   if (failure != kOk) return failure;
   if (!source.found) return kFileNonTrovato;
-  std::string same = Normalize(from);
-  if (!same.empty() && same == Normalize(to) && !source.place.names.empty()) {
+  if (!source.place.names.empty() && Normalize(from) == Normalize(to)) {
     // The source itself, differing only in case: it stays in its own folder
     // even where a folder differing only in case stands beside it, and only
     // its last part takes the typed spelling, never over another file.
+    // Equal to the source's own form, `to` parses, to as many parts.
     Resolved itself = source;
-    if (Parse(to, &itself.typed) != kOk || itself.typed.parts.empty()) return kNomeNonValido;
+    Parse(to, &itself.typed);
     const std::string& name = itself.typed.parts.back();
     if (name != source.place.names.back()) {
       Place folder = source.place;
@@ -158,19 +159,12 @@ int CaseBlindFileSystem::Rename(const std::string& from, const std::string& to) 
   if (failure != kOk) return failure;
   const std::vector<std::string>& from_names = source.place.names;
   const std::vector<std::string>& to_names = target.place.names;
-  if (from_names.empty() || to_names.empty() || source.place.drive != target.place.drive) {
-    return kErroreAccesso;
-  }
-  if (target.found) {
-    if (target.place != source.place) return kFileEsistente;
-    Place place;
-    return TakeTypedSpelling(target, &place);
-  }
-  // A folder cannot move below itself.
-  if (to_names.size() > from_names.size() &&
-      std::equal(from_names.begin(), from_names.end(), to_names.begin())) {
-    return kErroreAccesso;
-  }
+  if (to_names.empty() || source.place.drive != target.place.drive) return kErroreAccesso;
+  // Another file or folder: the source itself, by any spelling, was taken
+  // above, as a path that names it differs from its own only in case.
+  if (target.found) return kFileEsistente;
+  // A folder cannot move below itself, nor a drive's root anywhere.
+  if (std::ranges::mismatch(from_names, to_names).in1 == from_names.end()) return kErroreAccesso;
   return Move(source.place, target.place);
 }
 
@@ -187,7 +181,7 @@ int CaseBlindFileSystem::SetCurrentDrive(const std::string& drive) {
   if (drive.empty()) return kOk;  // as ChDrive "", which changes nothing
   Place root;
   root.drive = DriveLetter(drive[0]);
-  if (root.drive == 0 || !IsMapped(root.drive)) return kPercorsoNonTrovato;
+  if (!IsMapped(root.drive)) return kPercorsoNonTrovato;  // 0 for no letter
   int failure = CheckFolder(root);
   if (failure != kOk) return failure;
   if (root.drive != current_.drive) current_ = ParsedPath{root.drive, {}};
@@ -208,16 +202,13 @@ FolderListing CaseBlindFileSystem::ListFolder(const std::string& path) {
     return listing;
   }
   std::vector<std::pair<std::string, FolderEntry>> keyed;
-  keyed.reserve(listing.entries.size());
   for (FolderEntry& entry : listing.entries) {
     entry.hidden = IsHiddenName(entry.name);
     std::string key = ToUpper(entry.name);
     keyed.emplace_back(std::move(key), std::move(entry));
   }
-  std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
-    if (a.first != b.first) return a.first < b.first;
-    return a.second.name < b.second.name;
-  });
+  // By capitals, and names equal in capitals by their bytes.
+  std::ranges::sort(keyed, {}, [](const auto& k) { return std::tie(k.first, k.second.name); });
   listing.entries.clear();
   for (auto& [key, entry] : keyed) {
     (NameFitsAPage(entry.name) ? listing.entries : listing.unusable).push_back(std::move(entry));

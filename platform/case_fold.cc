@@ -11,20 +11,15 @@ bool IsLatin1Lower(unsigned char b) { return b >= 0xA0 && b <= 0xBE && b != 0xB7
 template <bool kUpper>
 std::string Fold(std::string_view text) {
   std::string out(text);
-  for (size_t i = 0; i < out.size(); ++i) {
-    unsigned char c = static_cast<unsigned char>(out[i]);
-    if (kUpper && c >= 'a' && c <= 'z') {
-      out[i] = static_cast<char>(c - 32);
-    } else if (!kUpper && c >= 'A' && c <= 'Z') {
-      out[i] = static_cast<char>(c + 32);
-    } else if (c == 0xC3 && i + 1 < out.size()) {
-      unsigned char d = static_cast<unsigned char>(out[i + 1]);
-      if (kUpper && IsLatin1Lower(d)) out[i + 1] = static_cast<char>(d - 0x20);
-      if (!kUpper && IsLatin1Upper(d)) out[i + 1] = static_cast<char>(d + 0x20);
-      // Only a continuation byte belongs to this letter; a stray C3 before
-      // another letter must not hide it.
-      if (d >= 0x80 && d <= 0xBF) ++i;
-    }
+  // Only the byte right after a lead byte C3 can be a Latin-1 letter; a stray
+  // C3 before an ASCII letter does not hide it.
+  bool after_c3 = false;
+  for (char& byte : out) {
+    const unsigned char c = static_cast<unsigned char>(byte);
+    const bool other_case = kUpper ? (c >= 'a' && c <= 'z') || (after_c3 && IsLatin1Lower(c))
+                                   : (c >= 'A' && c <= 'Z') || (after_c3 && IsLatin1Upper(c));
+    if (other_case) byte = static_cast<char>(c ^ 0x20);  // the case bit, in both ranges
+    after_c3 = c == 0xC3;
   }
   return out;
 }
@@ -34,8 +29,6 @@ std::string Fold(std::string_view text) {
 std::string ToUpper(std::string_view text) { return Fold<true>(text); }
 std::string ToLower(std::string_view text) { return Fold<false>(text); }
 
-bool EqualIgnoringCase(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && ToLower(a) == ToLower(b);
-}
+bool EqualIgnoringCase(std::string_view a, std::string_view b) { return ToLower(a) == ToLower(b); }
 
 }  // namespace vf

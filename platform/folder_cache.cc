@@ -3,8 +3,8 @@
 #include <dirent.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <memory>
 
 #include "platform/case_fold.h"
@@ -74,14 +74,13 @@ int FolderCache::Load(const std::string& dir, Folders::iterator* it) {
     stream.reset(::opendir(dir.c_str()));
     if (!stream) failure = FailureFromErrno(errno);
   }
-  if (failure != kOk) {
-    folders_.erase(dir);
-    return failure;
-  }
+  // What was kept of a folder that cannot be read stays: its stamp no longer
+  // matches, so it is never taken for the folder's names.
+  if (failure != kOk) return failure;
+  // "." and ".." are kept among the names; no part of a path is ever one of
+  // them, so they are never asked for.
   while (const dirent* entry = ::readdir(stream.get())) {
-    const char* name = entry->d_name;
-    if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0) continue;
-    folder.by_lower[ToLower(name)].push_back(Name{name, entry->d_type});
+    folder.by_lower[ToLower(entry->d_name)].push_back(Name{entry->d_name, entry->d_type});
   }
   if (folders_.size() >= kMaxFolders) folders_.clear();
   *it = folders_.insert_or_assign(dir, std::move(folder)).first;
@@ -101,12 +100,11 @@ int FolderCache::Current(const std::string& dir, Folders::iterator* it) {
 const FolderCache::Name* FolderCache::Pick(const Folder& folder, const std::string& part) {
   auto found = folder.by_lower.find(ToLower(part));
   if (found == folder.by_lower.end()) return nullptr;
-  const Name* first = nullptr;
-  for (const Name& candidate : found->second) {
+  const std::vector<Name>& names = found->second;  // never empty
+  for (const Name& candidate : names) {
     if (candidate.name == part) return &candidate;
-    if (first == nullptr || candidate.name < first->name) first = &candidate;
   }
-  return first;
+  return &*std::ranges::min_element(names, {}, &Name::name);
 }
 
 int FolderCache::Find(const std::string& dir, const std::string& part,
@@ -114,34 +112,26 @@ int FolderCache::Find(const std::string& dir, const std::string& part,
   found->reset();
   const std::string exact = JoinHostPath(dir, part);
   auto it = folders_.find(dir);
-  bool exact_tried = false;
+  struct stat st;
   int failure;
   if (it == folders_.end()) {
     // An exact spelling needs no listing at all.
-    struct stat st;
     if (::stat(exact.c_str(), &st) == 0) {
       *found = NameMatch{part, KindOfMode(st.st_mode)};
       return kOk;
     }
-    exact_tried = true;
     failure = Load(dir, &it);
   } else {
     failure = Current(dir, &it);
   }
   if (failure != kOk) return failure;
   const Name* name = Pick(it->second, part);
-  if (name == nullptr && !exact_tried) {
-    // A name made by someone else within the clock tick of the last change
-    // leaves the folder's time as it was; its exact spelling is still seen.
-    struct stat st;
-    if (::stat(exact.c_str(), &st) != 0) return kOk;
+  // A name made by someone else within the clock tick of the last change
+  // leaves the folder's time as it was; its exact spelling is still seen.
+  if (name == nullptr && ::stat(exact.c_str(), &st) == 0) {
     failure = Load(dir, &it);
     if (failure != kOk) return failure;
     name = Pick(it->second, part);
-    if (name == nullptr) {
-      *found = NameMatch{part, KindOfMode(st.st_mode)};
-      return kOk;
-    }
   }
   if (name == nullptr) return kOk;
   *found = NameMatch{name->name, HostKind(JoinHostPath(dir, name->name), name->type)};

@@ -91,9 +91,7 @@ std::optional<std::string> HostFileSystem::WindowsPath(const std::string& host_p
     const Drive& candidate = drives_[drive - 'A'];
     if (!candidate.mapped) continue;
     const std::string& root = candidate.root;
-    bool holds = root == "/" || path == root ||
-                 (path.size() > root.size() && path.compare(0, root.size(), root) == 0 &&
-                  path[root.size()] == '/');
+    const bool holds = root == "/" || path == root || path.starts_with(root + '/');
     if (holds && (best == nullptr || root.size() > best->root.size())) {
       best = &candidate;
       letter = drive;
@@ -179,9 +177,7 @@ bool HostFileSystem::SameFile(const Place& a, const Place& b) {
 }
 
 int HostFileSystem::MakeFolderAt(const Place& folder) {
-  if (::mkdir(HostOf(folder).c_str(), 0777) != 0) {
-    return errno == EEXIST ? kErroreAccesso : FailureFromErrno(errno);
-  }
+  if (::mkdir(HostOf(folder).c_str(), 0777) != 0) return FailureFromErrno(errno);
   cache_.Added(HostFolderOf(folder), folder.names.back(), FolderEntry::kFolder);
   return kOk;
 }

@@ -93,7 +93,7 @@ Fd::~Fd() { Close(); }
 int Fd::Release() { return std::exchange(fd_, -1); }
 
 int Fd::Close() {
-  if (fd_ < 0) return kOk;
+  if (!valid()) return kOk;
   int result = ::close(std::exchange(fd_, -1));
   // After EINTR the descriptor is gone on Linux; only real errors count.
   if (result != 0 && errno != EINTR) return FailureFromErrno(errno);
@@ -152,7 +152,7 @@ int HostInputFile::Read(char* buffer, size_t capacity, size_t* got) {
       *got = static_cast<size_t>(done);
       return kOk;
     }
-    if (errno != EINTR && errno != EAGAIN) return kErroreAccesso;
+    if (errno != EINTR) return kErroreAccesso;
   }
 }
 
@@ -185,26 +185,24 @@ int CopyHostData(int in, int out) {
   char buffer[64 * 1024];
   while (true) {
     if (kernel_copy) {
-      ssize_t done = ::copy_file_range(in, nullptr, out, nullptr, size_t{1} << 30, 0);
-      if (done == 0) return kOk;
+      const ssize_t done = ::copy_file_range(in, nullptr, out, nullptr, size_t{1} << 30, 0);
       if (done > 0) continue;
-      if (errno == EINTR) continue;
-      if (errno != EXDEV && errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP &&
-          errno != EPERM) {
-        return FailureFromErrno(errno);
-      }
-      // Both offsets have moved past what was copied, so plain reads go on
-      // from there.
-      kernel_copy = false;
+      if (done == 0) return kOk;
+      // Between file systems, or wherever the kernel cannot copy, plain reads
+      // and writes go on from where it stopped (both offsets have moved past
+      // what was copied); a real fault, a full disk, shows again there.
+      if (errno != EINTR) kernel_copy = false;
+      continue;
     }
-    ssize_t got = ::read(in, buffer, sizeof buffer);
-    if (got == 0) return kOk;
-    if (got < 0) {
-      if (errno == EINTR) continue;
+    const ssize_t got = ::read(in, buffer, sizeof buffer);
+    if (got > 0) {
+      const int failure = WriteAll(out, std::string_view(buffer, static_cast<size_t>(got)));
+      if (failure != kOk) return failure;
+    } else if (got == 0) {
+      return kOk;
+    } else if (errno != EINTR) {
       return kErroreAccesso;
     }
-    int failure = WriteAll(out, std::string_view(buffer, static_cast<size_t>(got)));
-    if (failure != kOk) return failure;
   }
 }
 

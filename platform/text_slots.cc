@@ -1,5 +1,7 @@
 #include "platform/text_slots.h"
 
+#include <string_view>
+
 #include "platform/failure.h"
 
 namespace vf {
@@ -73,7 +75,7 @@ int TextSlots::ReadLine(int slot, std::string* line) {
     line->append(s.buffer, s.pos, cr - s.pos);
     s.pos = cr + 1;
     Fill(s);
-    if (s.pos < s.buffer.size() && s.buffer[s.pos] == '\n') ++s.pos;
+    if (std::string_view(s.buffer).substr(s.pos).starts_with('\n')) ++s.pos;
     return kOk;
   }
 }

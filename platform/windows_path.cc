@@ -1,5 +1,8 @@
 #include "platform/windows_path.h"
 
+#include <algorithm>
+#include <ranges>
+
 #include "platform/failure.h"
 
 namespace vf {
@@ -20,8 +23,6 @@ bool IsRefusedByte(unsigned char c) {
   }
 }
 
-bool IsSeparator(char c) { return c == '\\' || c == '/'; }
-
 bool IsLetterOrDigit(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
@@ -33,10 +34,12 @@ bool NameFitsAPage(std::string_view name) {
     const char c = name[i];
     if (IsRefusedByte(static_cast<unsigned char>(c)) || c == '\\') return false;
     if (c != '&') continue;
-    if (i + 1 < name.size() && name[i + 1] == '#') return false;
-    size_t j = i + 1;
-    while (j < name.size() && IsLetterOrDigit(name[j])) ++j;
-    if (j > i + 1 && j < name.size() && name[j] == ';') return false;
+    const std::string_view rest = name.substr(i + 1);
+    const auto letters =
+        static_cast<size_t>(std::ranges::find_if_not(rest, IsLetterOrDigit) - rest.begin());
+    if (rest.starts_with('#') || (letters > 0 && rest.substr(letters).starts_with(';'))) {
+      return false;
+    }
   }
   return true;
 }
@@ -47,8 +50,12 @@ char DriveLetter(char c) {
   return 0;
 }
 
-int ParseWindowsPath(std::string_view text, const ParsedPath& current, ParsedPath* out) {
-  if (text.empty()) return kNomeNonValido;
+int ParseWindowsPath(std::string_view typed, const ParsedPath& current, ParsedPath* out) {
+  if (typed.empty()) return kNomeNonValido;
+  // A forward slash separates parts as a backslash does.
+  std::string unified(typed);
+  std::ranges::replace(unified, '/', '\\');
+  std::string_view text = unified;
   ParsedPath result;
   result.drive = current.drive;
   if (text.size() >= 2 && text[1] == ':' && DriveLetter(text[0]) != 0) {
@@ -56,18 +63,12 @@ int ParseWindowsPath(std::string_view text, const ParsedPath& current, ParsedPat
     text.remove_prefix(2);
     // "X:name" goes on from the current folder only on the current drive;
     // another drive's own current folder is not kept, so it starts at its root.
-    if (result.drive == current.drive && (text.empty() || !IsSeparator(text[0]))) {
-      result.parts = current.parts;
-    }
-  } else if (!IsSeparator(text[0])) {
+    if (result.drive == current.drive && !text.starts_with('\\')) result.parts = current.parts;
+  } else if (!text.starts_with('\\')) {
     result.parts = current.parts;
   }
-  size_t pos = 0;
-  while (pos <= text.size()) {
-    size_t end = pos;
-    while (end < text.size() && !IsSeparator(text[end])) ++end;
-    std::string_view part = text.substr(pos, end - pos);
-    pos = end + 1;
+  for (const auto piece : std::views::split(text, '\\')) {
+    const std::string_view part(piece.begin(), piece.end());
     if (part.empty() || part == ".") continue;
     if (part == "..") {
       if (!result.parts.empty()) result.parts.pop_back();
@@ -78,7 +79,7 @@ int ParseWindowsPath(std::string_view text, const ParsedPath& current, ParsedPat
     }
     result.parts.emplace_back(part);
   }
-  result.ends_in_separator = !text.empty() && IsSeparator(text.back());
+  result.ends_in_separator = text.ends_with('\\');
   *out = std::move(result);
   return kOk;
 }

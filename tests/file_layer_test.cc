@@ -7,6 +7,7 @@
 
 #include "commands/creazione_index.h"
 #include "platform/failure.h"
+#include "platform/fault_injection.h"
 #include "platform/text_slots.h"
 #include "tests/support/banco.h"
 
@@ -15,46 +16,69 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-Lines Read(const std::string& bytes) {
-  MemoryFileSystem fs;
-  fs.AddFile("C:\\t.txt", bytes);
+// A disk whose files give these chunks, one a read, and then nothing more;
+// a number instead of bytes is a read that fails with it.
+struct Chunk {
+  Chunk(const char* bytes) : bytes(bytes) {}
+  Chunk(std::string bytes) : bytes(std::move(bytes)) {}
+  Chunk(int failure) : failure(failure) {}
+  std::string bytes;
+  int failure = kOk;
+};
+struct ChunkedReads : MemoryFileSystem {
+  struct File : InputFile {
+    std::vector<Chunk> chunks;
+    size_t next = 0;
+    int Read(char* buffer, size_t capacity, size_t* got) override {
+      *got = 0;
+      if (next == chunks.size()) return kOk;
+      const Chunk& c = chunks[next++];
+      *got = c.bytes.copy(buffer, capacity);
+      return c.failure;
+    }
+  };
+  int ReadFile(const Place&, std::unique_ptr<InputFile>* out) override {
+    auto file = std::make_unique<File>();
+    file->chunks = chunks;
+    *out = std::move(file);
+    return kOk;
+  }
+  std::vector<Chunk> chunks;
+};
+
+Lines Read(std::vector<Chunk> chunks) {
+  ChunkedReads fs;
+  fs.AddFile("C:\\t.txt", "");
+  fs.chunks = std::move(chunks);
   TextSlots slots(fs);
   EXPECT_EQ(slots.OpenForReading(3, "C:\\t.txt"), kOk);
   Lines lines;
-  std::string line;
+  std::string line = "not yet read";
   while (!slots.AtEnd(3) && slots.ReadLine(3, &line) == kOk) lines.push_back(line);
+  EXPECT_TRUE(slots.AtEnd(3));
   EXPECT_EQ(slots.ReadLine(3, &line), kErroreAccesso);  // past the end
   return lines;
 }
 
-// A disk whose reads fail once the file is open.
-struct FailingReads : MemoryFileSystem {
-  struct Broken : InputFile {
-    int Read(char*, size_t, size_t*) override { return kErroreAccesso; }
-  };
-  int ReadFile(const Place&, std::unique_ptr<InputFile>* out) override {
-    *out = std::make_unique<Broken>();
-    return kOk;
-  }
-};
-
 TEST(FileLayer, TextSlots) {
-  FailingReads broken;
-  broken.AddFile("C:\\t.txt", "x");
+  // A failure is given with its own number, and then the file has ended.
+  ChunkedReads broken;
+  broken.AddFile("C:\\t.txt", "");
+  broken.chunks = {kDiscoPieno, "late"};
   TextSlots failing(broken);
   ASSERT_EQ(failing.OpenForReading(2, "C:\\t.txt"), kOk);
   std::string text;
-  EXPECT_EQ(failing.ReadLine(2, &text), kErroreAccesso);  // the failure, then the end
+  EXPECT_EQ(failing.ReadLine(2, &text), kDiscoPieno);
   EXPECT_TRUE(failing.AtEnd(2));
 
-  EXPECT_EQ(Read("a\r\nb\r\n"), (Lines{"a", "b"}));
-  EXPECT_EQ(Read("a\rb\n c\r\n\r\nlast"), (Lines{"a", "b\n c", "", "last"}));
-  EXPECT_EQ(Read(std::string("\0\xE0\r\n", 4)), (Lines{std::string("\0\xE0", 2)}));
-  EXPECT_EQ(Read("\r"), (Lines{""}));
-  EXPECT_EQ(Read(""), Lines{});
-  // A CR LF split across the reading chunk still ends one line.
-  const std::string big(65535, 'x');
-  EXPECT_EQ(Read(big + "\r\nz"), (Lines{big, "z"}));
+  EXPECT_EQ(Read({"a\r\nb\r\n"}), (Lines{"a", "b"}));
+  EXPECT_EQ(Read({"a\rb\n c\r\n\r\nlast"}), (Lines{"a", "b\n c", "", "last"}));
+  EXPECT_EQ(Read({std::string("\0\xE0\r\n", 4)}), (Lines{std::string("\0\xE0", 2)}));
+  EXPECT_EQ(Read({"\r"}), (Lines{""}));
+  EXPECT_EQ(Read({""}), Lines{});
+  // Lines and CR LF split across reads; the end stays the end.
+  EXPECT_EQ(Read({"a\r", "\nb", "c\r", "d"}), (Lines{"a", "bc", "d"}));
+  EXPECT_EQ(Read({"a\r\n", "", "late\r\n"}), (Lines{"a"}));
 
   MemoryFileSystem fs;
   fs.AddFile("C:\\T\\IMG_001.HTM", "template\r\n");
@@ -82,6 +106,37 @@ TEST(FileLayer, TextSlots) {
   EXPECT_EQ(slots.OpenForWriting(1, "C:\\T\\index.htm"), kOk);
   EXPECT_EQ(slots.Close(3), kOk);
   EXPECT_EQ(slots.OpenForWriting(4, "C:\\T\\IMG_001.HTM"), kOk);
+  // Lines handed over are on the disk before the close; only a slot open for
+  // writing is flushed.
+  EXPECT_EQ(slots.WriteLine(4, "uno") + slots.Flush(4), kOk);
+  EXPECT_EQ(fs.Contents("C:\\T\\IMG_001.HTM"), "uno\r\n");
+  EXPECT_EQ(slots.Flush(7), kNomeNonValido);
+  // Opening a slot again closes what it held: the page written is whole, and a
+  // file read again starts from its beginning.
+  fs.AddFile("C:\\two.txt", "1\r\n2\r\n");
+  ASSERT_EQ(slots.OpenForWriting(5, "C:\\five.htm") + slots.WriteLine(5, "five"), kOk);
+  ASSERT_EQ(slots.OpenForReading(5, "C:\\two.txt") + slots.ReadLine(5, &line), kOk);
+  EXPECT_EQ(slots.Flush(5), kNomeNonValido);
+  EXPECT_EQ(fs.Contents("C:\\five.htm"), "five\r\n");
+  ASSERT_EQ(slots.OpenForReading(5, "C:\\two.txt") + slots.ReadLine(5, &line), kOk);
+  EXPECT_EQ(line, "1");
+}
+
+// A failure injected where a path names the same place, by any spelling; the
+// first rule's number wins, and a rule for no place or for no failure is none.
+TEST(FileLayer, InjectedFailures) {
+  MemoryFileSystem disk;
+  disk.AddFile("C:\\a.htm", "a");
+  FaultInjectingFileSystem fs(disk);
+  fs.AddFailure("C:\\b?.htm", kErroreAccesso);
+  fs.AddFailure("c:\\.\\B.HTM", kOk);
+  fs.AddFailure("C:\\b.htm", kDiscoPieno);
+  fs.AddFailure("C:\\B.htm", kErroreAccesso);
+  std::unique_ptr<OutputFile> file;
+  EXPECT_EQ(fs.Copy("C:\\a.htm", "C:\\B.HTM") + fs.MakeFolder("c:\\b.htm") +
+                fs.Rename("C:\\a.htm", "C:\\b.htm") + fs.OpenOutput("C:\\x?.htm", &file),
+            3 * kDiscoPieno + kNomeNonValido);
+  EXPECT_EQ(fs.OpenOutput("C:\\c.htm", &file), kOk);
 }
 
 TEST(FileLayer, ABuildDoesExactlyItsOperationsInOrder) {

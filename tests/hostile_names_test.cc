@@ -22,9 +22,10 @@ TEST(HostileNames, WhichNamesFitAPage) {
                            "l'eco; #1 100%.mp3", "citt\xC3\xA0 \xC3\xA8.jpg", "& x;", "a&-b;"}) {
     EXPECT_TRUE(NameFitsAPage(name)) << name;
   }
-  for (const char* name :
-       {"a<b", "a>b", "a\"b", "a|b", "a?b", "a*b", "a:b", "a\\b", "a\x01", "\x1f", "tab\there",
-        "javascript&#58;x", "&#x3a;", "&colon;x", "a&Tab;b", "&9;"}) {
+  for (const char* name : {"a<b",    "a>b",      "a\"b",    "a|b",  "a?b",       "a*b",
+                           "a:b",    "a\\b",     "a\x01",   "\x1f", "tab\there", "javascript&#58;x",
+                           "&#x3a;", "&colon;x", "a&Tab;b", "&9;",  "&a;",       "&z;",
+                           "&A;",    "&Z;",      "&0;"}) {
     EXPECT_FALSE(NameFitsAPage(name)) << name;
   }
 }

@@ -1,11 +1,15 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pwd.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
+#include <climits>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -15,6 +19,7 @@
 #include "platform/derived_pictures.h"
 #include "platform/derived_record.h"
 #include "platform/failure.h"
+#include "platform/folder_cache.h"
 #include "platform/host_file_system.h"
 #include "platform/host_files.h"
 #include "platform/metadata_sift.h"
@@ -281,6 +286,7 @@ class HostFileSystemTest : public ::testing::Test {
     tree_.Write("d/cd.jpg", "cd");
     tree_.Write("c/a.jpg", "small");
     tree_.Write("c/A.JPG", "capital");
+    tree_.MakeFolder("e");
   }
   std::string Host(const std::string& relative) const { return tree_.Path(relative).string(); }
   // The bytes of the file, or its failure number as "ERR n".
@@ -299,7 +305,10 @@ class HostFileSystemTest : public ::testing::Test {
   }
 
   test::TempTree tree_;
-  HostFileSystem fs_{{{'d', Host("d"), true}, {'c', Host("c"), false}}};
+  HostFileSystem fs_{{{'d', Host("d"), true},
+                      {'c', Host("c"), false},
+                      {'e', Host("e"), false},
+                      {'m', Host("missing"), false}}};
 };
 
 TEST_F(HostFileSystemTest, NamesMatchIgnoringCaseExactSpellingFirstAndNothingIsReplaced) {
@@ -346,16 +355,97 @@ TEST_F(HostFileSystemTest, NamesMatchIgnoringCaseExactSpellingFirstAndNothingIsR
   ASSERT_EQ(::pwrite(memory.get(), big.data(), big.size(), 0), 300000);  // read from the start
   ASSERT_EQ(OpenHostOutput(Host("c/copia"), &copy) + CopyHostData(memory.get(), copy.get()), kOk);
   EXPECT_EQ(tree_.Read("c/copia"), big);
-  // A full disk shows when the buffer is written out, at the latest on closing.
+  // Only a plain file is read, and a read that fails is told, not retried.
+  Fd none, folder(::open(Host("c").c_str(), O_RDONLY | O_CLOEXEC));
+  EXPECT_EQ(OpenHostInput(Host("c"), &none) + OpenHostInput(Host("c/none"), &none),
+            kErroreAccesso + kFileNonTrovato);
+  size_t got = 0;
+  char byte = 0;
+  EXPECT_EQ(HostInputFile(Fd(::dup(folder.get()))).Read(&byte, 1, &got), kErroreAccesso);
+  EXPECT_EQ(CopyHostData(folder.get(), copy.get()), kErroreAccesso);
+  // A full disk shows when the buffer is written out, at the latest on closing;
+  // a whole buffer goes out at once.
   HostOutputFile small(Fd(::open("/dev/full", O_WRONLY | O_CLOEXEC)));
   EXPECT_EQ(small.Write("x", 1), kOk);
   EXPECT_EQ(small.Close(), kDiscoPieno);
   EXPECT_EQ(small.Write("x", 1), kDiscoPieno);
+  HostOutputFile whole(Fd(::open("/dev/full", O_WRONLY | O_CLOEXEC)));
+  EXPECT_EQ(whole.Write(big.data(), 64 * 1024), kDiscoPieno);
+  EXPECT_EQ(Fd(INT_MAX).Close(), kErroreAccesso);  // a close that fails is told
   // A descriptor replaced by another is closed.
   const int first = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
   Fd fd(first);
   fd = Fd(::open("/dev/null", O_RDONLY | O_CLOEXEC));
   EXPECT_EQ(::fcntl(first, F_GETFD), -1);
+}
+
+// Every operation on paths that name the wrong thing, in order, with its
+// number or what it gives; the renames leave the tree shown at the end.
+TEST_F(HostFileSystemTest, EachOperationsNumbersAndWhereRenamesLeaveNames) {
+  tree_.Write("c/F/SUB/R.JPG", "R");
+  tree_.Write("c/F/SUB/r.jpg", "r");
+  const auto run = [&](const std::string& op, const std::string& a, const std::string& b) {
+    int failure = kOk, attributes = 0;
+    if (op == "read") return Read(a);
+    if (op == "write") failure = Write(a);
+    if (op == "mkdir") failure = fs_.MakeFolder(a);
+    if (op == "ren") failure = fs_.Rename(a, b);
+    if (op == "cd") failure = fs_.SetCurrentFolder(a);
+    if (op == "drive") failure = fs_.SetCurrentDrive(a);
+    if (op == "pwd") return fs_.CurrentFolder();
+    if (op == "list") failure = fs_.ListFolder(a).failure;
+    if (op == "attr" && (failure = fs_.Attributes(a, &attributes)) == kOk) {
+      return std::to_string(attributes);
+    }
+    return failure == kOk ? std::string() : "ERR " + std::to_string(failure);
+  };
+  const std::array<std::string, 4> rows[] = {
+      {"read", "C:\\a.jpg\\", "", "ERR 76"},  // a file named as a folder
+      {"read", "C:\\F\\", "", "ERR 75"},
+      {"write", "C:\\new\\", "", "ERR 76"},
+      {"write", "C:\\", "", "ERR 75"},
+      {"write", "M:\\x.htm", "", "ERR 76"},  // a drive whose folder is missing
+      {"mkdir", "C:\\", "", "ERR 75"},
+      {"mkdir", "C:\\A.jpg", "", "ERR 75"},  // the file keeps its name
+      {"cd", "C:\\missing", "", "ERR 76"},
+      {"cd", "D:\\", "", ""},  // a read-only drive is read
+      {"cd", "C:\\F", "", ""},
+      {"drive", "c", "", ""},  // the current drive keeps its folder
+      {"drive", "m", "", "ERR 76"},
+      {"drive", "", "", ""},
+      {"pwd", "", "", "C:\\F\\"},
+      {"drive", "E", "", ""},
+      {"pwd", "", "", "E:\\"},
+      {"cd", "C:\\", "", ""},
+      {"list", "C:\\missing", "", "ERR 76"},
+      {"list", "C:\\a.jpg", "", "ERR 76"},
+      {"attr", "C:\\", "", "16"},
+      {"attr", "C:\\none", "", "ERR 53"},
+      {"attr", "Q:\\tmp", "", "ERR 76"},  // no drive that is not mapped reaches the host
+      {"ren", "C:\\", "C:\\x", "ERR 75"},
+      {"ren", "C:\\A.JPG", "C:\\", "ERR 75"},
+      {"ren", "C:\\a.jpg", "E:\\a.jpg", "ERR 75"},
+      {"ren", "C:\\F", "C:\\F\\SUB\\G", "ERR 75"},  // below itself
+      {"ren", "C:\\a.jpg", "C:\\F\\moved.jpg", ""},
+      {"ren", "C:\\F\\moved.jpg", "C:\\A.JPG", "ERR 58"},
+      {"ren", "C:\\F\\MOVED.JPG", "C:\\F\\Moved.jpg", ""},
+      {"read", "C:\\F\\moved.jpg", "", "small"},              // by its old spelling too
+      {"ren", "C:\\F\\SUB\\r.jpg", "C:\\F\\SUB\\R.jpg", ""},  // beside R.JPG
+      {"read", "C:\\F\\SUB\\R.jpg", "", "r"},
+      {"ren", "C:\\F\\SUB\\R.jpg", "C:\\F\\SUB\\R.jpg", ""},
+  };
+  for (const auto& [op, a, b, expected] : rows) EXPECT_EQ(run(op, a, b), expected) << op << a;
+  EXPECT_EQ(tree_.Tree("c"),
+            (Names{"A.JPG", "F/", "F/Moved.jpg", "F/SUB/", "F/SUB/R.JPG", "F/SUB/R.jpg"}));
+  // The copies made, the last one to each target, in the order made; then none.
+  ASSERT_EQ(fs_.Copy("C:\\A.JPG", "C:\\1.jpg") + fs_.Copy("C:\\F\\Moved.jpg", "C:\\2.jpg") +
+                fs_.Copy("C:\\F\\Moved.jpg", "C:\\1.jpg"),
+            kOk);
+  std::string copies;
+  for (const HostFileSystem::Copied& c : fs_.TakeCopies()) {
+    copies += fs::path(c.from).filename().string() + ">" + fs::path(c.to).filename().string() + " ";
+  }
+  EXPECT_EQ(copies + std::to_string(fs_.TakeCopies().size()), "Moved.jpg>1.jpg Moved.jpg>2.jpg 0");
 }
 
 // A link, a pipe or a dangling link where a page or a copy goes is replaced by
@@ -377,6 +467,21 @@ TEST_F(HostFileSystemTest, TargetsAreReplacedNotWrittenThroughAndCopiesAreWhole)
     EXPECT_EQ(Write(page, "page"), kOk) << page;
   }
   EXPECT_EQ(fs_.Copy("C:\\a.jpg", "C:\\s\\copy.jpg"), kOk);
+  // A plain file is emptied in place and keeps its inode; a long page is whole.
+  ASSERT_EQ(Write("C:\\s\\big.htm", "short"), kOk);
+  const ino_t inode = StampOf(Host("c/s/big.htm")).first;
+  ASSERT_EQ(Write("C:\\s\\BIG.htm", std::string(70000, 'p')), kOk);
+  EXPECT_EQ(StampOf(Host("c/s/BIG.htm")).first, inode);
+  EXPECT_EQ(tree_.Read("c/s/BIG.htm"), std::string(70000, 'p'));
+  // The new file is made beside its target, so that the rename never crosses
+  // file systems: a file at the top of a mounted one is written too.
+  if (fs::is_directory("/dev/shm")) {
+    const std::string top = "/dev/shm/vf-" + std::to_string(::getpid());
+    Fd from(::open(Host("c/a.jpg").c_str(), O_RDONLY | O_CLOEXEC));
+    EXPECT_EQ(CopyHostFile(from.get(), top), kOk);
+    EXPECT_EQ(fs::file_size(top), 5u);
+    fs::remove(top);
+  }
   EXPECT_EQ(Write("C:\\s\\dir") + fs_.Copy("C:\\a.jpg", "C:\\s\\DIR"), 2 * kErroreAccesso);
   Fd held, source(::open(Host("c/a.jpg").c_str(), O_RDONLY | O_CLOEXEC));
   EXPECT_EQ(OpenHostOutput(Host("c/s/dir"), &held), kErroreAccesso);  // below the layer, too
@@ -387,8 +492,8 @@ TEST_F(HostFileSystemTest, TargetsAreReplacedNotWrittenThroughAndCopiesAreWhole)
             }),
             2 * kErroreAccesso);
   fs::remove(Host("c/s/linked"));  // a link among the folders was followed
-  EXPECT_EQ(tree_.Tree("c/s"),
-            (Names{"copy.jpg", "dangling.htm", "dir/", "old.jpg", "page.htm", "pipe.htm"}));
+  EXPECT_EQ(tree_.Tree("c/s"), (Names{"BIG.htm", "copy.jpg", "dangling.htm", "dir/", "old.jpg",
+                                      "page.htm", "pipe.htm"}));
   for (const char* name : {"page.htm", "copy.jpg", "dangling.htm", "pipe.htm"}) {
     EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(Host(std::string("c/s/") + name)))) << name;
   }
@@ -440,10 +545,17 @@ TEST_F(HostFileSystemTest, ListingOrderKindsAndOutsideChanges) {
 }
 
 TEST_F(HostFileSystemTest, WindowsFormOfHostAndTypedPaths) {
-  HostFileSystem fs({{'Z', "/", false}, {'C', Host("c"), false}, {'E', Host("c/e"), true}});
+  // Two drives on one folder: the first letter names it.
+  HostFileSystem fs({{'Z', "/", false},
+                     {'C', Host("c"), false},
+                     {'E', Host("c/e"), true},
+                     {'Y', Host("c/e"), false}});
   EXPECT_EQ(fs.CurrentFolder() + HostFileSystem({{'Z', "/", false}}).CurrentFolder(), "C:\\Z:\\");
+  EXPECT_EQ(fs.ListFolder("Z:\\").failure, kOk);
   for (const auto& [typed, windows] : std::vector<std::pair<std::string, std::string>>{
            {Host("c/e/x/"), "E:\\x\\"},
+           {Host("c/e/"), "E:\\"},
+           {"/tmp/x/", "Z:\\tmp\\x\\"},
            {"~", "C:\\casa"},
            {"~/Città d'arte/", "C:\\casa\\Città d'arte\\"},
            {"~/../casa/./Sito//index.htm", "C:\\casa\\Sito\\index.htm"}}) {
@@ -453,6 +565,35 @@ TEST_F(HostFileSystemTest, WindowsFormOfHostAndTypedPaths) {
   // can spell are left as typed.
   for (const char* typed : {"C:\\Foto/", " /usr", "~anna/Foto", "/tmp/a:b", "/tmp/a\\b", ""})
     EXPECT_FALSE(WindowsFormOfTyped(typed, Host("c/casa"), fs)) << typed;
+}
+
+// What the file layer reports is believed without reading the folder again
+// while the folder's stamp is the one taken with the report; a folder moved
+// away is forgotten with everything below it.
+TEST(FolderCacheTest, ReportsAreBelievedUntilTheFolderChangesAgain) {
+  test::TempTree t;
+  t.Write("d/sub/x.jpg", "");
+  const std::string d = t.Path("d").string(), sub = t.Path("d/sub").string();
+  FolderCache cache;
+  std::optional<NameMatch> match;  // reused: a miss must not keep an earlier match
+  const auto find = [&](const std::string& dir, const std::string& part) {
+    const int failure = cache.Find(dir, part, &match);
+    return failure != kOk ? "ERR" : match ? match->name + "FDS"[match->kind] : "-";
+  };
+  EXPECT_EQ(find(d, "SUB") + find(sub, "X.JPG"), "subDx.jpgF");
+  // Reports of what the disk does not hold, each after a change of its own
+  // folder: only the report's fresh stamp keeps them.
+  cache.Added(d, "Finta.htm", FolderEntry::kFile);
+  t.Write("d/altro.txt", "");
+  t.Write("d/sub/altro.txt", "");
+  cache.Added(sub, "Cartella", FolderEntry::kFolder);
+  cache.Moved(sub, "x.jpg", d, "Spostata.jpg");
+  EXPECT_EQ(
+      find(d, "FINTA.HTM") + find(d, "spostata.JPG") + find(sub, "cartella") + find(sub, "X.JPG"),
+      "Finta.htmFSpostata.jpgFCartellaD-");
+  EXPECT_EQ(find(sub, "x.jpg"), "x.jpgF");  // its exact spelling is still seen
+  cache.ForgetTree(d);
+  EXPECT_EQ(find(d, "FINTA.HTM") + find(sub, "CARTELLA") + find(sub, "X.JPG"), "--x.jpgF");
 }
 
 TEST(UserAreaTest, TheStartCopiesWhatIsMissingReplacesNothingAndTellsWhatFailed) {
@@ -477,20 +618,45 @@ TEST(UserAreaTest, TheStartCopiesWhatIsMissingReplacesNothingAndTellsWhatFailed)
             "il mio menupiedepagina");
   // An area that cannot be made or filled is told; nothing is written elsewhere.
   t.Write("bloccata/Vetrina-Foto", "un file al posto della cartella");
+  t.Write("set/GRANDE.HTM", std::string(10000, 'g'));  // more than a full disk takes
   const std::string set = t.Path("set").string(), missing = "76 - Impossibile trovare il percorso";
   std::vector<std::tuple<std::string, std::string, std::string>> rows = {
-      {t.Path("bloccata").string(), set, missing}, {t.Path("vuota").string(), set + "x", missing}};
+      {t.Path("bloccata").string(), set, missing},
+      {t.Path("vuota").string(), set + "x", missing},
+      {t.Path("piena").string(), set, "75 - Errore di accesso al percorso/file"}};
   // A file system that refuses every new folder, to root too.
   if (fs::is_directory("/sys/kernel")) {
     rows.push_back({"/sys/kernel/casa", set, "75 - Errore di accesso al percorso/file"});
   }
-  for (const auto& [home, templates, failure] : rows)
-    EXPECT_EQ(
-        PrepareUserArea(UserAreaOf(home), templates),
-        "Impossibile preparare la cartella del programma " + home +
-            "/Vetrina-Foto\r\rI modelli delle pagine potrebbero mancare.\r\r ERR= " + failure);
+  OnAFullDisk([&] {
+    for (const auto& [home, templates, failure] : rows)
+      EXPECT_EQ(
+          PrepareUserArea(UserAreaOf(home), templates),
+          "Impossibile preparare la cartella del programma " + home +
+              "/Vetrina-Foto\r\rI modelli delle pagine potrebbero mancare.\r\r ERR= " + failure);
+    return 0;
+  });
   EXPECT_EQ(t.Tree("bloccata"), Names{"Vetrina-Foto"});
   EXPECT_EQ(t.Tree("vuota"), (Names{"Vetrina-Foto/", "Vetrina-Foto/Disco C/"}));
+  EXPECT_EQ(t.Tree("piena").size(), 7u);  // all but the big file, and no half of it
+  EXPECT_FALSE(t.Exists("piena/Vetrina-Foto/GRANDE.HTM"));
+  // The window's drives: C: is the area's own folder, Z: the root, both written.
+  HostFileSystem window(UserDrives(UserAreaOf(t.Path("casa").string())));
+  std::unique_ptr<OutputFile> c_file, z_file;
+  EXPECT_EQ(window.OpenOutput("C:\\c.htm", &c_file) +
+                window.OpenOutput(window.WindowsPath(t.Path("z.htm")).value_or(""), &z_file),
+            kOk);
+  EXPECT_TRUE(t.Exists(mine + "Disco C/c.htm") && t.Exists("z.htm"));
+  // The home folder: an absolute $HOME, else the user's entry in the password file.
+  const char* const saved = std::getenv("HOME");
+  const std::string kept = saved != nullptr ? saved : "", own = ::getpwuid(::getuid())->pw_dir;
+  std::string homes;
+  for (const char* home : {"/altrove", "relativa", static_cast<const char*>(nullptr)}) {
+    home != nullptr ? ::setenv("HOME", home, 1) : ::unsetenv("HOME");
+    homes += HomeFolder() + "|";
+  }
+  saved != nullptr ? ::setenv("HOME", kept.c_str(), 1) : ::unsetenv("HOME");
+  EXPECT_EQ(homes, "/altrove|" + own + "|" + own + "|");
 }
 
 }  // namespace

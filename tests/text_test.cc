@@ -26,6 +26,8 @@ TEST(Text, CaseFoldingOfAsciiAndLatin1) {
   EXPECT_EQ(ToUpper("\xC3\xC3\xA0\xC3\xBE"), "\xC3\xC3\x80\xC3\x9E");
   EXPECT_EQ(ToLower("\xC3\x80\xC3\x7F"), "\xC3\xA0\xC3\x7F");
   EXPECT_EQ(ToUpper("end\xC3"), "END\xC3");
+  // Other letters' bytes after any lead byte but C3 stay as they are.
+  EXPECT_EQ(ToUpper("中€") + ToLower("中€"), "中€中€");
 }
 
 TEST(Text, MediaExtensionsAreExactOrStartWithMP) {
