@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "commands/clic.h"
 #include "filelist/caricamento.h"
 #include "filelist/dialoghi.h"
 #include "filelist/legge_dir.h"
@@ -277,7 +278,9 @@ TEST(Filelist, FolderDialogs) {
   // result the page moves to the program's folder.
   f.txtNOME_FILE_HTM.Text = "C:\\Sito\\index.htm";
   b.ui.dialog_results = {"D:\\Web\\x.htm", "x.htm/y", "D:\\W\\a\\b.htm/c\\d"};
+  b.Eventi();
   Command6_Click(b.v);
+  EXPECT_EQ(b.Eventi(), "BEEP|" + kDialogo + "C:\\VETRINA\\ | *.* -> D:\\Web\\x.htm");
   EXPECT_EQ(f.txtNOME_FILE_HTM.Text + b.v.Module1.Dir_Base, "D:\\Web\\index.htmD:\\Web\\");
   Command6_Click(b.v);
   EXPECT_EQ(f.txtNOME_FILE_HTM.Text, "C:\\VETRINA\\index.htm");
@@ -318,6 +321,15 @@ TEST(WindowModel, EveryControlIsSetUp) {
   FrmAlbum1 usage;
   ExpectEveryControlSetUp(usage, 5);
   EXPECT_EQ(usage.Option1.Value, 1);
+  // The current position follows its entry when one before it goes, and goes with it.
+  for (auto [removed, current, after, left] :
+       {std::tuple{1, 3, 2, 3}, {1, 1, -1, 3}, {2, 1, 1, 3}, {4, 1, 1, 4}, {-1, 1, 1, 4}}) {
+    ListBox l;
+    l.Assign({"a", "b", "c", "d"});
+    l.ListIndex = current;
+    l.RemoveItem(removed);
+    EXPECT_EQ(l.ListIndex * 10 + l.ListCount(), after * 10 + left) << removed;
+  }
 }
 
 TEST(WindowModel, TheUsageDialogGivesTheSimplifiedOrTheCompleteWindow) {
@@ -330,9 +342,14 @@ TEST(WindowModel, TheUsageDialogGivesTheSimplifiedOrTheCompleteWindow) {
     Main_Con_Scelta(v);
     EXPECT_EQ(v.frmALBUM1.Option1.Value * 10 + v.Module1.Tipo_Utilizzo, 10);
     EXPECT_TRUE(v.frmALBUM1.Loaded && !v.frmALBUM_Loaded);  // the window comes at Conferma
-    v.frmALBUM1.Option1.Value = simplified;  // the option group, as a click leaves it
-    v.frmALBUM1.Option2.Value = !simplified;
-    frmALBUM1_Command1_Click(v);
+    EXPECT_FALSE(Clic(v, "Command2") || Clic(v, "frmALBUM1.Nessuno"));
+    // Each option in turn; the last one clicked is the choice.
+    for (const char* o : {"Option2", "Option1", simplified ? "Option1" : "Option2"})
+      EXPECT_TRUE(Clic(v, std::string("frmALBUM1.") + o)) << o;
+    EXPECT_EQ(v.frmALBUM1.Option1.Value * 10 + v.frmALBUM1.Option2.Value, simplified ? 10 : 1);
+    EXPECT_EQ(v.Module1.Tipo_Utilizzo, simplified ? 1 : 2);
+    v.Module1.Tipo_Utilizzo = 0;  // Conferma reads the options, not what their clicks left
+    EXPECT_TRUE(Clic(v, "frmALBUM1.Command1") && Clic(v, "Option3(0)"));
     const FrmAlbum& f = v.frmALBUM;
     EXPECT_EQ(std::to_string(v.Module1.Tipo_Utilizzo) + f.txtMAX_PER_RIGA.Text,
               simplified ? "15" : "24");
@@ -342,7 +359,7 @@ TEST(WindowModel, TheUsageDialogGivesTheSimplifiedOrTheCompleteWindow) {
                 !(f.Label6[0].Visible || f.txtNOME_FILE_HTM.Visible || f.Option2.Visible));
     EXPECT_EQ(f.Label6[1].Caption + f.Label6[6].Caption + f.Label6[3].Caption, "143");
     EXPECT_EQ(std::to_string(f.Label6[3].Top) + f.txtNOME_FILE_HTM.Text, "2940C:\\\\index.htm");
-    EXPECT_THROW(frmALBUM1_Command2_Click(v), FineProgramma);  // Annulla ends the program
+    EXPECT_THROW(Clic(v, "frmALBUM1.Command2"), FineProgramma);  // Annulla ends the program
   }
 }
 
