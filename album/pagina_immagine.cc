@@ -25,9 +25,7 @@ void Passo_Pagina_Immagine(Vetrina& v, StatoEsecuzione& s) {
 
 void Crea_Pagina_Immagine(Vetrina& v, StatoEsecuzione& s) {
   s.Err = 0;
-  v.slots.Close(3);
   s.Nota(v.slots.OpenForReading(3, s.File_Origine));
-  v.slots.Close(4);
   s.Nota(v.slots.OpenForWriting(4, s.File_Destinazione));
   if (s.Err == kOk) {
     // A template with no lines gives an empty page and no failure.
@@ -44,8 +42,8 @@ void Crea_Pagina_Immagine(Vetrina& v, StatoEsecuzione& s) {
       }
       s.Nota(v.slots.WriteLine(4, s.Riga_Nuova));
     }
-    v.slots.Close(3);
   }
+  // The template stays open until the next template's open closes its slot.
   s.Nota(v.slots.Close(4));
 }
 

@@ -108,9 +108,13 @@ TEST(FileLayer, ABuildDoesExactlyItsOperationsInOrder) {
                    "COPY C:\\P\\PIEDE.HTM -> C:\\s\\piede.htm"}));
   EXPECT_EQ(b.fs.Contents("c:\\s\\dir_0001\\img_001.htm"), "<img src=\"img_001.jpg\">\r\n");
   EXPECT_EQ(b.fs.Contents("C:\\S\\DIR_0001\\IMG_001.JPG"), "picture");
-  // Every slot is closed again, so no template stays open.
+  // Every slot is closed again: no template stays open, and no page waits
+  // unwritten in its buffer.
   std::string line;
-  for (int slot = 1; slot <= 4; ++slot) EXPECT_EQ(b.v.slots.ReadLine(slot, &line), kNomeNonValido);
+  for (int slot = 1; slot <= 4; ++slot) {
+    EXPECT_EQ(b.v.slots.ReadLine(slot, &line) + b.v.slots.WriteLine(slot, ""), 2 * kNomeNonValido)
+        << slot;
+  }
   // Four missing album pictures, one message each, and nothing else.
   int messages = 0;
   for (const std::string& e : b.ui.events) messages += e.starts_with("MSG: ");
