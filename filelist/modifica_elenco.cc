@@ -64,13 +64,11 @@ void cmdIns_File_Click(Vetrina& v) {
   // The file's type is not looked at: this is the way to add a page, a sound
   // or a film. Duplicates are allowed, as in a load.
   f.List1.AddItem(std::move(Percorso));
-  int64_t conta = f.List1.ListCount();
-  f.txtNUM_FILE.Text = std::to_string(conta);
-  if (conta > 0) {
-    f.Command1.Enabled = true;
-    f.Command4.Enabled = true;
-    f.Command5.Enabled = true;
-  }
+  f.txtNUM_FILE.Text = std::to_string(f.List1.ListCount());
+  // The list holds at least this entry now, so the builds can run.
+  f.Command1.Enabled = true;
+  f.Command4.Enabled = true;
+  f.Command5.Enabled = true;
 }
 
 }  // namespace vf
