@@ -321,14 +321,17 @@ TEST(WindowModel, EveryControlIsSetUp) {
   FrmAlbum1 usage;
   ExpectEveryControlSetUp(usage, 5);
   EXPECT_EQ(usage.Option1.Value, 1);
-  // The current position follows its entry when one before it goes, and goes with it.
+  // The current position follows its entry when one before it goes, and goes
+  // with it; past the end nothing is selected or named.
   for (auto [removed, current, after, left] :
        {std::tuple{1, 3, 2, 3}, {1, 1, -1, 3}, {2, 1, 1, 3}, {4, 1, 1, 4}, {-1, 1, 1, 4}}) {
     ListBox l;
     l.Assign({"a", "b", "c", "d"});
+    for (int i = 0; i < 4; ++i) l.SetSelected(i, true);
     l.ListIndex = current;
     l.RemoveItem(removed);
     EXPECT_EQ(l.ListIndex * 10 + l.ListCount(), after * 10 + left) << removed;
+    EXPECT_FALSE(l.Selected(left) || l.Selected(-1) || !l.List(left).empty()) << removed;
   }
 }
 
@@ -350,7 +353,13 @@ TEST(WindowModel, TheUsageDialogGivesTheSimplifiedOrTheCompleteWindow) {
     EXPECT_EQ(v.Module1.Tipo_Utilizzo, simplified ? 1 : 2);
     v.Module1.Tipo_Utilizzo = 0;  // Conferma reads the options, not what their clicks left
     EXPECT_TRUE(Clic(v, "frmALBUM1.Command1") && Clic(v, "Option3(0)"));
-    const FrmAlbum& f = v.frmALBUM;
+    // An option clears only the options of its own frame; a check box flips.
+    FrmAlbum& f = v.frmALBUM;
+    f.Check2.Value = 1;
+    for (const char* c : {"Option1", "Option3(1)", "Check1"}) EXPECT_TRUE(Clic(v, c)) << c;
+    for (const Control* c : {&f.Option1, &f.Option2, &f.Option3[0], &f.Option3[1], &f.Check1})
+      EXPECT_EQ(c->Value, c != &f.Option2 && c != &f.Option3[0]) << c->Name;
+    EXPECT_EQ(f.Check2.Value, 1);
     EXPECT_EQ(std::to_string(v.Module1.Tipo_Utilizzo) + f.txtMAX_PER_RIGA.Text,
               simplified ? "15" : "24");
     EXPECT_EQ(f.Command1.Visible, !simplified);
