@@ -1,5 +1,6 @@
 #include "generator/ciclo_voci.h"
 
+#include <algorithm>
 #include <string>
 
 #include "album/cartella_album.h"
@@ -75,12 +76,10 @@ void Dividi_Percorso(const Vetrina& v, StatoEsecuzione& s) {
 }
 
 void Calcola_Dir_Relativa(const Vetrina& v, StatoEsecuzione& s) {
+  // The folder below Dir_Base, by length alone: what the entry's folder has
+  // past Dir_Base's length, nothing when it has no more or no base is set.
   const std::string& base = v.Module1.Dir_Base;
-  if (s.Dir_File.size() <= base.size() || base.empty()) {
-    s.Dir_Relativa.clear();
-  } else {
-    s.Dir_Relativa = s.Dir_File.substr(base.size());
-  }
+  s.Dir_Relativa = base.empty() ? "" : s.Dir_File.substr(std::min(base.size(), s.Dir_File.size()));
 }
 
 }  // namespace vf

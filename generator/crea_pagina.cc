@@ -34,10 +34,10 @@ Esito Ripristino_Pagina(Vetrina& v, StatoEsecuzione& s, int failure) {
   v.ui.Beep();
   Module1& m = v.Module1;
   bool cartella = failure == kErroreAccesso || failure == kPercorsoNonTrovato;
-  if (cartella && s.Num_Tentativi == 0) {
+  if (cartella && !s.Primo_Ripiego) {
     v.ui.Message("Errore in registrazione Elenco (forse e' un CD-ROM) " + PercorsoPagina(v) + kCR +
                  kCR + "Tento di registrare sul disco C: " + Dettaglio(failure));
-    s.Num_Tentativi += 1;
+    s.Primo_Ripiego = true;
     m.Dir_Output = SuDiscoC(m.Dir_Output);
     return Esito::kRicomincia;
   }
@@ -109,10 +109,9 @@ Esito Scrittura_Pagina(Vetrina& v, StatoEsecuzione& s) {
 
 Esito Passo(Vetrina& v, StatoEsecuzione& s, int failure) {
   if (failure == kOk) return Esito::kAvanti;
-  if (!s.Armato) {
-    s.Nota(failure);
-    return Esito::kAvanti;
-  }
+  // Once the recovery is disarmed a failed line is simply skipped: nothing
+  // after it reads a failure of the page's lines.
+  if (!s.Armato) return Esito::kAvanti;
   return Ripristino_Pagina(v, s, failure);
 }
 
