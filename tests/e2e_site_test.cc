@@ -297,11 +297,10 @@ TEST(PagedBuild, PagesAlbumsTheFinalPageAndRefusals) {
   for (const char* f : {"pag_1.htm", "pag_2.htm", "index.htm"})
     site.Write(std::string("c/Sito/") + f, "old");
   RunResult r = site.Run(
-      "add C:\\Foto\\P01.JPG\nadd C:\\Foto\\P02.JPG\nadd C:\\Foto\\P03.JPG\n" +
-      std::string(kIndex) +
+      "add C:\\Foto\\P01.JPG\nadd  \nadd C:\\Foto\\P03.JPG\n" + std::string(kIndex) +
       "click Command4\nset txtNUM_FILE 3\nset txtMAX_N_FILES 0\nclick Command4\n"
       "set txtMAX_N_FILES 2.5\nclick Command4\nset txtMAX_N_FILES -1\nclick Command4\n"
-      "set txtMAX_N_FILES 2\nset txtMAX_PER_RIGA 0.5\nclick Command4\nprint List1.ListCount\n"
+      "set txtMAX_N_FILES 1\nset txtMAX_PER_RIGA 0.5\nclick Command4\nprint List1.ListCount\n"
       "set txtMAX_PER_RIGA 1\nanswer yes\nanswer yes\nclick Command4\n");
   const std::string field =
       "BEEP\nMSG: Indicare numero massimo files per pagina .HTM da elaborare !!!\n";
@@ -315,6 +314,9 @@ TEST(PagedBuild, PagesAlbumsTheFinalPageAndRefusals) {
   EXPECT_TRUE(r.out.ends_with("(S/N)  -> YES\nRUN: START /max /w c:\\sito\\index.htm -> OK\n"))
       << r.out;
   EXPECT_NE(site.Read("c/Sito/pag_2.htm"), "old");
+  // A page of blank entries begins no album, and the next page numbers on.
+  EXPECT_EQ(site.Read("c/Sito/dir_0001/img_001.jpg") + site.Read("c/Sito/dir_0002/img_001.jpg"),
+            "bytes of P01.JPGbytes of P03.JPG");
 }
 
 TEST(Failures, MissingTemplatesAskWithYesAndNo) {
