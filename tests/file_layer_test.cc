@@ -119,6 +119,14 @@ TEST(FileLayer, ABuildDoesExactlyItsOperationsInOrder) {
   int messages = 0;
   for (const std::string& e : b.ui.events) messages += e.starts_with("MSG: ");
   EXPECT_EQ(messages, 4);
+  // The build makes the page's drive current even when its folder is
+  // missing, so an entry without a folder is taken from that drive, also
+  // after the page has moved to C:\index.htm.
+  b.fs.AddFile("D:\\b.jpg", "b");
+  b.v.frmALBUM.List1.Assign({"b.jpg"});
+  b.v.frmALBUM.txtNOME_FILE_HTM.Text = "D:\\Manca\\index.htm";
+  Command1_Click(b.v);
+  EXPECT_EQ(b.fs.Contents("C:\\dir_0001\\img_001.jpg"), "b");
 }
 
 // A disk that is full, or fills, during a build: the page's first lines are
