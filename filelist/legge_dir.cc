@@ -68,7 +68,7 @@ void Leggi_Cartella(Vetrina& v, CartelleLette& lette, const std::string& Path_Ri
     if (elenco.failure != kOk) return;
     // A listing without an identity (0, 0) cannot be told apart, so it is
     // always read.
-    bool identificata = elenco.device != 0 || elenco.inode != 0;
+    bool identificata = (elenco.device | elenco.inode) != 0;
     if (identificata && !lette.emplace(elenco.device, elenco.inode).second) return;
     for (const FolderEntry& e : elenco.unusable) Scarta(v, Path_Corrente, e);
 
