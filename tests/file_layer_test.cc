@@ -121,12 +121,13 @@ TEST(FileLayer, ABuildDoesExactlyItsOperationsInOrder) {
   EXPECT_EQ(messages, 4);
   // The build makes the page's drive current even when its folder is
   // missing, so an entry without a folder is taken from that drive, also
-  // after the page has moved to C:\index.htm.
+  // after the page has moved to C:\index.htm, and after an entry with one.
   b.fs.AddFile("D:\\b.jpg", "b");
-  b.v.frmALBUM.List1.Assign({"b.jpg"});
+  b.v.frmALBUM.List1.Assign({"C:\\F\\a.jpg", "b.jpg"});
   b.v.frmALBUM.txtNOME_FILE_HTM.Text = "D:\\Manca\\index.htm";
   Command1_Click(b.v);
-  EXPECT_EQ(b.fs.Contents("C:\\dir_0001\\img_001.jpg"), "b");
+  EXPECT_EQ(b.fs.Contents("C:\\dir_0001\\img_001.jpg"), "picture");
+  EXPECT_EQ(b.fs.Contents("C:\\dir_0001\\img_002.jpg"), "b");
 }
 
 // A disk that is full, or fills, during a build: the page's first lines are
