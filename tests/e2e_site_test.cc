@@ -171,6 +171,7 @@ TEST(Albums, AlbumsLinksAndPlacesPastTheEnd) {
     }
     EXPECT_EQ(site.Page("index.htm"), kTesta + kTabella + cells + kCoda);
     EXPECT_TRUE(site.Has("dir_0001/menu.htm", "../index.htm\">prec</a>\n<a href=\"../dir_0002/"));
+    EXPECT_TRUE(site.Has("dir_0001/menu.htm", "<img src=\"img_000.jpg\">\n</html>"));
     EXPECT_TRUE(site.Has("dir_0002/menu.htm",
                          "<title>menu immagini - pag.2</title></head>\n<a "
                          "href=\"../dir_0001/menu.htm\">prec</a>\n"));
