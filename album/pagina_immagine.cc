@@ -1,5 +1,6 @@
 #include "album/pagina_immagine.h"
 
+#include <algorithm>
 #include <string>
 
 #include "album/cartella_album.h"
@@ -35,8 +36,10 @@ void Crea_Pagina_Immagine(Vetrina& v, StatoEsecuzione& s) {
       if (ToUpper(s.Riga).find(".JPG") != std::string::npos) {
         Nomi_Immagini(v, s, ToLower(s.Riga));
       }
+      // The page's number, the three digits before ".HTM".
       const std::string& d = s.File_Destinazione;
-      if (d.size() >= 7 && NumeroIniziale(d.substr(d.size() - 7, 3)) == Dimensione_Album(v)) {
+      const size_t numero = d.size() - std::min<size_t>(d.size(), 7);
+      if (NumeroIniziale(std::string_view(d).substr(numero, 3)) == Dimensione_Album(v)) {
         size_t p = ToLower(s.Riga).find(kMarcaSuccessivo);
         if (p != std::string::npos) Link_Successivo(v, s, p);
       }

@@ -1,5 +1,6 @@
 #include "generator/crea_pagina.h"
 
+#include <algorithm>
 #include <string>
 
 #include "generator/ciclo_voci.h"
@@ -24,7 +25,8 @@ std::string Dettaglio(int failure) {
 // goes to the root of C: followed by the text without its leading
 // backslashes.
 std::string SuDiscoC(const std::string& dir) {
-  if (dir.size() >= 2 && dir[1] == ':') return "C:" + dir.substr(2);
+  // A colon as the second character, compared on what the text has there.
+  if (dir.compare(std::min<size_t>(dir.size(), 1), 1, ":") == 0) return "C:" + dir.substr(2);
   size_t start = dir.find_first_not_of('\\');
   return "C:\\" + (start == std::string::npos ? std::string() : dir.substr(start));
 }
