@@ -273,12 +273,13 @@ TEST(PagedBuild, PagesAlbumsTheFinalPageAndRefusals) {
     site.Write("c/PROG/DIMENSIONI.TXT", "mini 100\r\n");  // the sizes come after a paged build too
     const int pages = (n + 8) / 9;
     RunResult r = site.Run(kIndex + std::string("click Command4\nprint Module1.Num_Pagina\n"
-                                                "print List1.ListCount\n"),
+                                                "print List1.ListCount\nprint Command5.Enabled\n"),
                            n);
     EXPECT_TRUE(
         r.Has("ASK: Visualizzo la prima pagina creata c:\\sito\\index.htm (S/N)  -> NO\n"
               "Module1.Num_Pagina = " +
-              std::to_string(pages) + "\nList1.ListCount = " + std::to_string(pages)))
+              std::to_string(pages) + "\nList1.ListCount = " + std::to_string(pages) +
+              "\nCommand5.Enabled = True"))
         << r.out;
     for (int p = 1; p <= pages; ++p) {
       const std::string k = std::to_string(p);

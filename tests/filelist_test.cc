@@ -115,7 +115,7 @@ TEST(Filelist, ScanOrderFormsDepthAndHiddenNames) {
   Banco b;
   Files(b, {"C:\\R\\b.jpg", "C:\\R\\A.JPG", "C:\\R\\note.txt", "C:\\R\\A\\x.gif",
             "C:\\R\\A\\X\\deep.bmp", "C:\\R\\A\\Y\\y.tif", "C:\\R\\B\\z.wmf",
-            "C:\\R\\.nascosta.jpg", "C:\\R\\.h\\in.jpg", "C:\\S\\solo.jpg"});
+            "C:\\R\\.nascosta.jpg", "C:\\R\\.jpg", "C:\\R\\.h\\in.jpg", "C:\\S\\solo.jpg"});
   auto& f = b.v.frmALBUM;
   f.txtESTENSIONE.Text = "*";
   Legge_Dir(b.v, "C:\\R");
@@ -321,17 +321,24 @@ TEST(WindowModel, EveryControlIsSetUp) {
   FrmAlbum1 usage;
   ExpectEveryControlSetUp(usage, 5);
   EXPECT_EQ(usage.Option1.Value, 1);
-  // The current position follows its entry when one before it goes, and goes
-  // with it; past the end nothing is selected or named.
-  for (auto [removed, current, after, left] :
-       {std::tuple{1, 3, 2, 3}, {1, 1, -1, 3}, {2, 1, 1, 3}, {4, 1, 1, 4}, {-1, 1, 1, 4}}) {
+  // The current position and the selection follow their entries when one
+  // before them goes, and the position goes with its own; past the end
+  // nothing is selected or named.
+  for (auto [removed, current, after, left] : {std::tuple{1, 3, 2, 3},
+                                               {1, 1, -1, 3},
+                                               {2, 1, 1, 3},
+                                               {0, 1, 0, 3},
+                                               {4, 1, 1, 4},
+                                               {-1, 1, 1, 4}}) {
     ListBox l;
     l.Assign({"a", "b", "c", "d"});
-    for (int i = 0; i < 4; ++i) l.SetSelected(i, true);
+    l.SetSelected(3, true);
+    l.SetSelected(4, true);
     l.ListIndex = current;
     l.RemoveItem(removed);
     EXPECT_EQ(l.ListIndex * 10 + l.ListCount(), after * 10 + left) << removed;
-    EXPECT_FALSE(l.Selected(left) || l.Selected(-1) || !l.List(left).empty()) << removed;
+    EXPECT_EQ(l.List(left - 1) + l.List(left), "d") << removed;
+    EXPECT_TRUE(l.Selected(left - 1) && !l.Selected(left - 2) && !l.Selected(left)) << removed;
   }
 }
 
