@@ -43,7 +43,6 @@ void cmdCANC_FILE_Click(Vetrina& v) {
   // length is rebuilt whole: the old limit of 1000 entries that stay, past
   // which the command could not run, no longer exists.
   std::vector<std::string> Tab_Rimasti;
-  Tab_Rimasti.reserve(static_cast<size_t>(List1.ListCount() - Conta_Selez));
   for (int64_t pos = 0; pos < List1.ListCount(); ++pos) {
     if (!List1.Selected(pos)) Tab_Rimasti.push_back(List1.List(pos));
   }

@@ -186,7 +186,7 @@ TEST(Filelist, RemovalAskAboutTheCurrentEntryOrRebuildInOrder) {
   auto& l = b.v.frmALBUM.List1;
   cmdCANC_FILE_Click(b.v);  // empty list: nothing
   b.Aggiungi({"C:\\F\\a.jpg", "C:\\F\\b.jpg", "C:\\F\\c.jpg"});
-  l.SetSelected(0, true);
+  l.SetSelected(2, true);
   for (int64_t corrente : {-1, 3}) {  // none, or past the end
     l.ListIndex = corrente;
     cmdCANC_FILE_Click(b.v);
@@ -194,14 +194,14 @@ TEST(Filelist, RemovalAskAboutTheCurrentEntryOrRebuildInOrder) {
   const std::string msg = "BEEP|MSG: SELEZIONARE UN FILE IN ELENCO tra i possibili  3 files !!!";
   EXPECT_EQ(b.Eventi(), msg + "|" + msg);
   // The entry named and removed is the current one, not the selected one.
-  l.ListIndex = 2;
+  l.ListIndex = 0;
   cmdCANC_FILE_Click(b.v);
   EXPECT_EQ(b.Eventi(),
-            "ASK: Confermi la cancellazione di C:\\F\\c.jpg dal solo elenco (S/N)  -> NO");
+            "ASK: Confermi la cancellazione di C:\\F\\a.jpg dal solo elenco (S/N)  -> NO");
   b.ui.answers.push_back(true);
   cmdCANC_FILE_Click(b.v);
-  EXPECT_EQ(b.Voci(), (Voci{"C:\\F\\a.jpg", "C:\\F\\b.jpg"}));
-  EXPECT_TRUE(l.Selected(0));
+  EXPECT_EQ(b.Voci(), (Voci{"C:\\F\\b.jpg", "C:\\F\\c.jpg"}));
+  EXPECT_TRUE(l.Selected(1));
   b.Eventi();
 
   // Several selected, far past the 1000 entries of the old table: the rest
