@@ -49,8 +49,8 @@ void Copia_Piede(Vetrina& v, StatoEsecuzione& s) {
 // later write or at the close, where no one would hear of it.
 int Scrivi_Sorvegliata(Vetrina& v, const StatoEsecuzione& s, const std::string& riga) {
   int failure = v.slots.WriteLine(1, riga);
-  if (failure == kOk && s.Armato) failure = v.slots.Flush(1);
-  return failure;
+  if (!s.Armato) return failure;
+  return failure != kOk ? failure : v.slots.Flush(1);
 }
 
 Esito Righe(Vetrina& v, StatoEsecuzione& s, std::initializer_list<const char*> righe) {

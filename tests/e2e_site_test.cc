@@ -213,6 +213,7 @@ TEST(Albums, CapitalsMediaEntriesRowWrapAndAlbumSizesBelowOne) {
             "Musica/Canto.mp3a.gif");
   EXPECT_TRUE(site.Has("DIR_0002/MENU.HTM", "<a href=\"../DIR_0001/MENU.HTM\">prec</a>"));
   EXPECT_TRUE(site.Has("DIR_0003/MENU.HTM", "<img src=\"img_001.GIF\">"));
+  EXPECT_TRUE(site.Has("DIR_0003/IMG_001.HTM", "<img src=\"img_001.GIF\">"));
   // An album size below one gives one album per entry, with links that lead.
   for (const char* size : {"0", "", "-2"}) {
     Site small(3);

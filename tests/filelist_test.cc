@@ -332,8 +332,7 @@ TEST(WindowModel, EveryControlIsSetUp) {
                                                {-1, 1, 1, 4}}) {
     ListBox l;
     l.Assign({"a", "b", "c", "d"});
-    l.SetSelected(3, true);
-    l.SetSelected(4, true);
+    for (int i : {-1, 3, 4}) l.SetSelected(i, true);
     l.ListIndex = current;
     l.RemoveItem(removed);
     EXPECT_EQ(l.ListIndex * 10 + l.ListCount(), after * 10 + left) << removed;
