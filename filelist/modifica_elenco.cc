@@ -14,12 +14,7 @@ void cmdCANC_FILE_Click(Vetrina& v) {
   v.Module1.Num_File = List1.ListCount();
   if (v.Module1.Num_File == 0) return;
 
-  int64_t Conta_Selez = 0;
-  for (int64_t pos = 0; pos < List1.ListCount(); ++pos) {
-    if (List1.Selected(pos)) ++Conta_Selez;
-  }
-
-  if (Conta_Selez == 1) {
+  if (List1.SelCount() == 1) {
     // The single entry named and removed is the one at the current position,
     // which need not be the selected one. A current position past the end
     // names no entry and is treated like none.
