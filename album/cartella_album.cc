@@ -24,8 +24,9 @@ void Passo_Album(Vetrina& v, StatoEsecuzione& s) {
   s.Nota(v.fs.MakeFolder(s.Dir_Album));
   v.ui.Repaint();
   s.File_Origine = s.Dir_File + s.Nome_File;
-  std::string x = s.File_Origine.size() <= 3 ? s.File_Origine
-                                             : s.File_Origine.substr(s.File_Origine.size() - 3);
+  // The last three characters, or all of a shorter path; no dot is looked for.
+  std::string x =
+      s.File_Origine.substr(s.File_Origine.size() - std::min<size_t>(s.File_Origine.size(), 3));
   s.File_Destinazione =
       CasoScelto(v, s.Dir_Album + "\\IMG_" + Cifre(s.Num_Img_Album + 1, 3) + "." + x);
   s.Err = 0;

@@ -36,7 +36,7 @@ void Link_Successivo(const Vetrina& v, StatoEsecuzione& s, size_t p) {
   double m = Dimensione_Album(v);
   // An album size below 1 puts every entry in an album of its own, so the
   // albums are counted as if the size were 1 and the last one leads home.
-  if (m < 1) m = 1;
+  m = std::max(m, 1.0);
   double tot_album = std::floor(n / m + 0.5);
   bool ultimo = tot_album == static_cast<double>(s.Num_Album) || s.Ultimo_Gruppo == 9898;
   Sostituisci_Link(s, p, ultimo ? Link_Indice(v) : Link_Album(v, s.Num_Album + 1));

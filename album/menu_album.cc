@@ -10,11 +10,9 @@
 namespace vf {
 
 void Crea_Menu_Album(Vetrina& v, StatoEsecuzione& s) {
-  v.slots.Close(4);
   s.Err = 0;
   s.Nota(v.slots.OpenForWriting(4, CasoScelto(v, s.Dir_Album + "\\MENU.HTM")));
   s.Err = 0;
-  v.slots.Close(3);
   if (v.slots.OpenForReading(3, v.ui.ProgramFolder() + "\\MENU.HTM") == kOk) {
     while (!v.slots.AtEnd(3)) {
       s.Nota(v.slots.ReadLine(3, &s.Riga));

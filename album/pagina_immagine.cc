@@ -1,5 +1,6 @@
 #include "album/pagina_immagine.h"
 
+#include <algorithm>
 #include <string>
 
 #include "album/cartella_album.h"
@@ -25,9 +26,7 @@ void Passo_Pagina_Immagine(Vetrina& v, StatoEsecuzione& s) {
 
 void Crea_Pagina_Immagine(Vetrina& v, StatoEsecuzione& s) {
   s.Err = 0;
-  v.slots.Close(3);
   s.Nota(v.slots.OpenForReading(3, s.File_Origine));
-  v.slots.Close(4);
   s.Nota(v.slots.OpenForWriting(4, s.File_Destinazione));
   if (s.Err == kOk) {
     // A template with no lines gives an empty page and no failure.
@@ -37,15 +36,17 @@ void Crea_Pagina_Immagine(Vetrina& v, StatoEsecuzione& s) {
       if (ToUpper(s.Riga).find(".JPG") != std::string::npos) {
         Nomi_Immagini(v, s, ToLower(s.Riga));
       }
+      // The page's number, the three digits before ".HTM".
       const std::string& d = s.File_Destinazione;
-      if (d.size() >= 7 && NumeroIniziale(d.substr(d.size() - 7, 3)) == Dimensione_Album(v)) {
+      const size_t numero = d.size() - std::min<size_t>(d.size(), 7);
+      if (NumeroIniziale(std::string_view(d).substr(numero, 3)) == Dimensione_Album(v)) {
         size_t p = ToLower(s.Riga).find(kMarcaSuccessivo);
         if (p != std::string::npos) Link_Successivo(v, s, p);
       }
       s.Nota(v.slots.WriteLine(4, s.Riga_Nuova));
     }
-    v.slots.Close(3);
   }
+  // The template stays open until the next template's open closes its slot.
   s.Nota(v.slots.Close(4));
 }
 

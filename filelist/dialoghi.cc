@@ -15,7 +15,7 @@ std::string Apri_Dialogo(Vetrina& v, const std::string& Cartella) {
   try {
     risultato = v.ui.FileDialog(kTitoloDialogo, Cartella, "*.*");
   } catch (const std::exception&) {
-    risultato.clear();
+    // The result was never assigned, so it stays empty.
   }
   v.ui.Repaint();
   return Trim(risultato);

@@ -68,7 +68,7 @@ void Leggi_Cartella(Vetrina& v, CartelleLette& lette, const std::string& Path_Ri
     if (elenco.failure != kOk) return;
     // A listing without an identity (0, 0) cannot be told apart, so it is
     // always read.
-    bool identificata = elenco.device != 0 || elenco.inode != 0;
+    bool identificata = (elenco.device | elenco.inode) != 0;
     if (identificata && !lette.emplace(elenco.device, elenco.inode).second) return;
     for (const FolderEntry& e : elenco.unusable) Scarta(v, Path_Corrente, e);
 
@@ -76,10 +76,7 @@ void Leggi_Cartella(Vetrina& v, CartelleLette& lette, const std::string& Path_Ri
       for (const FolderEntry& e : elenco.entries) {
         if (e.kind != FolderEntry::kFile || e.hidden) continue;
         if (!Passa_Filtro(e.name, v.frmALBUM.txtESTENSIONE.Text)) continue;
-        std::string Nome_Completo;
-        Nome_Completo.reserve(Path_Corrente.size() + e.name.size());
-        Nome_Completo.append(Path_Corrente).append(e.name);
-        v.frmALBUM.List1.AddItem(std::move(Nome_Completo));
+        v.frmALBUM.List1.AddItem(Path_Corrente + e.name);
         v.ui.Repaint();
       }
     }

@@ -14,12 +14,7 @@ void cmdCANC_FILE_Click(Vetrina& v) {
   v.Module1.Num_File = List1.ListCount();
   if (v.Module1.Num_File == 0) return;
 
-  int64_t Conta_Selez = 0;
-  for (int64_t pos = 0; pos < List1.ListCount(); ++pos) {
-    if (List1.Selected(pos)) ++Conta_Selez;
-  }
-
-  if (Conta_Selez == 1) {
+  if (List1.SelCount() == 1) {
     // The single entry named and removed is the one at the current position,
     // which need not be the selected one. A current position past the end
     // names no entry and is treated like none.
@@ -43,7 +38,6 @@ void cmdCANC_FILE_Click(Vetrina& v) {
   // length is rebuilt whole: the old limit of 1000 entries that stay, past
   // which the command could not run, no longer exists.
   std::vector<std::string> Tab_Rimasti;
-  Tab_Rimasti.reserve(static_cast<size_t>(List1.ListCount() - Conta_Selez));
   for (int64_t pos = 0; pos < List1.ListCount(); ++pos) {
     if (!List1.Selected(pos)) Tab_Rimasti.push_back(List1.List(pos));
   }
@@ -64,13 +58,11 @@ void cmdIns_File_Click(Vetrina& v) {
   // The file's type is not looked at: this is the way to add a page, a sound
   // or a film. Duplicates are allowed, as in a load.
   f.List1.AddItem(std::move(Percorso));
-  int64_t conta = f.List1.ListCount();
-  f.txtNUM_FILE.Text = std::to_string(conta);
-  if (conta > 0) {
-    f.Command1.Enabled = true;
-    f.Command4.Enabled = true;
-    f.Command5.Enabled = true;
-  }
+  f.txtNUM_FILE.Text = std::to_string(f.List1.ListCount());
+  // The list holds at least this entry now, so the builds can run.
+  f.Command1.Enabled = true;
+  f.Command4.Enabled = true;
+  f.Command5.Enabled = true;
 }
 
 }  // namespace vf

@@ -1,5 +1,6 @@
 #include "generator/ciclo_voci.h"
 
+#include <algorithm>
 #include <string>
 
 #include "album/cartella_album.h"
@@ -46,15 +47,16 @@ void Voce(Vetrina& v, StatoEsecuzione& s) {
 void Ciclo_Voci(Vetrina& v, StatoEsecuzione& s) {
   const double primo = v.Module1.Primo_File;
   const double ultimo = v.Module1.Ultimo_File;
+  const ListBox& lista = v.frmALBUM.List1;
+  // Past the end every entry reads as blank and changes nothing, and no
+  // repaint point can lengthen the list any more: the walk ends with the
+  // list, however far Ultimo_File lies. The places are whole numbers from
+  // 1, so the list's count is its last place.
+  auto ultimo_presente = [&] { return std::min(ultimo, static_cast<double>(lista.ListCount())); };
   s.Fine_Ciclo = false;
-  for (s.Ind_Elenco = primo; s.Ind_Elenco <= ultimo && !s.Fine_Ciclo; s.Ind_Elenco += 1) {
-    const ListBox& lista = v.frmALBUM.List1;
-    int64_t posizione = ArrotondaPari(s.Ind_Elenco) - 1;
-    // Past the end every entry reads as blank and changes nothing, and no
-    // repaint point can lengthen the list any more: the rest of the walk
-    // would do nothing, however far Ultimo_File lies.
-    if (posizione >= lista.ListCount()) break;
-    s.Voce = lista.List(posizione);
+  for (s.Ind_Elenco = primo; s.Ind_Elenco <= ultimo_presente() && !s.Fine_Ciclo;
+       s.Ind_Elenco += 1) {
+    s.Voce = lista.List(ArrotondaPari(s.Ind_Elenco) - 1);
     s.Riga = CasoScelto(v, s.Voce);
     if (Trim(s.Riga).empty()) continue;
     s.Armato = false;
@@ -75,12 +77,10 @@ void Dividi_Percorso(const Vetrina& v, StatoEsecuzione& s) {
 }
 
 void Calcola_Dir_Relativa(const Vetrina& v, StatoEsecuzione& s) {
+  // The folder below Dir_Base, by length alone: what the entry's folder has
+  // past Dir_Base's length, nothing when it has no more or no base is set.
   const std::string& base = v.Module1.Dir_Base;
-  if (s.Dir_File.size() <= base.size() || base.empty()) {
-    s.Dir_Relativa.clear();
-  } else {
-    s.Dir_Relativa = s.Dir_File.substr(base.size());
-  }
+  s.Dir_Relativa = base.empty() ? "" : s.Dir_File.substr(std::min(base.size(), s.Dir_File.size()));
 }
 
 }  // namespace vf

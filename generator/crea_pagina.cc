@@ -1,5 +1,6 @@
 #include "generator/crea_pagina.h"
 
+#include <algorithm>
 #include <string>
 
 #include "generator/ciclo_voci.h"
@@ -24,7 +25,8 @@ std::string Dettaglio(int failure) {
 // goes to the root of C: followed by the text without its leading
 // backslashes.
 std::string SuDiscoC(const std::string& dir) {
-  if (dir.size() >= 2 && dir[1] == ':') return "C:" + dir.substr(2);
+  // A colon as the second character, compared on what the text has there.
+  if (dir.compare(std::min<size_t>(dir.size(), 1), 1, ":") == 0) return "C:" + dir.substr(2);
   size_t start = dir.find_first_not_of('\\');
   return "C:\\" + (start == std::string::npos ? std::string() : dir.substr(start));
 }
@@ -34,10 +36,10 @@ Esito Ripristino_Pagina(Vetrina& v, StatoEsecuzione& s, int failure) {
   v.ui.Beep();
   Module1& m = v.Module1;
   bool cartella = failure == kErroreAccesso || failure == kPercorsoNonTrovato;
-  if (cartella && s.Num_Tentativi == 0) {
+  if (cartella && !s.Primo_Ripiego) {
     v.ui.Message("Errore in registrazione Elenco (forse e' un CD-ROM) " + PercorsoPagina(v) + kCR +
                  kCR + "Tento di registrare sul disco C: " + Dettaglio(failure));
-    s.Num_Tentativi += 1;
+    s.Primo_Ripiego = true;
     m.Dir_Output = SuDiscoC(m.Dir_Output);
     return Esito::kRicomincia;
   }
@@ -56,9 +58,10 @@ Esito Ripristino_Pagina(Vetrina& v, StatoEsecuzione& s, int failure) {
   return cartella ? Esito::kFine : Esito::kAvanti;
 }
 
-// Opens a template to see that it is there. Any failure counts as missing.
-bool Esiste_Modello(Vetrina& v, int slot, const std::string& path) {
-  v.slots.Close(slot);
+// Opens a file to see that it is there, and closes it again. Any failure
+// counts as missing: a page that another program holds counts as no page.
+// An open closes its slot first, so no slot needs closing before it.
+bool Si_Apre(Vetrina& v, int slot, const std::string& path) {
   int failure = v.slots.OpenForReading(slot, path);
   v.slots.Close(slot);
   return failure == kOk;
@@ -67,14 +70,11 @@ bool Esiste_Modello(Vetrina& v, int slot, const std::string& path) {
 bool Controlli(Vetrina& v) {
   const std::string programma = v.ui.ProgramFolder();
   Module1& m = v.Module1;
-  if (!Esiste_Modello(v, 1, programma + "\\MENU.HTM")) {
+  if (!Si_Apre(v, 1, programma + "\\MENU.HTM")) {
     v.ui.Beep();
     if (!v.ui.Question(std::string("Manca il file MENU.HTM, continuo ?") + kCR + kCR)) return false;
   }
-  v.slots.Close(1);
-  bool pagina = v.slots.OpenForReading(1, PercorsoPagina(v)) == kOk;
-  v.slots.Close(1);
-  if (pagina && m.Conferma_Esistente != 1) {
+  if (Si_Apre(v, 1, PercorsoPagina(v)) && m.Conferma_Esistente != 1) {
     v.ui.Beep();
     if (!v.ui.Question("Elenco  " + PercorsoPagina(v) + "  gia' esistente, continuo (S/N)")) {
       return false;
@@ -83,7 +83,7 @@ bool Controlli(Vetrina& v) {
   }
   for (const char* nome : {"INTESTAZ.HTM", "PIEDE.HTM"}) {
     std::string path = programma + "\\" + nome;
-    if (!Esiste_Modello(v, 3, path)) {
+    if (!Si_Apre(v, 3, path)) {
       v.ui.Beep();
       if (!v.ui.Question(std::string("Manca il file ") + nome + ", continuo ?" + kCR + kCR +
                          path)) {
@@ -111,10 +111,9 @@ Esito Scrittura_Pagina(Vetrina& v, StatoEsecuzione& s) {
 
 Esito Passo(Vetrina& v, StatoEsecuzione& s, int failure) {
   if (failure == kOk) return Esito::kAvanti;
-  if (!s.Armato) {
-    s.Nota(failure);
-    return Esito::kAvanti;
-  }
+  // Once the recovery is disarmed a failed line is simply skipped: nothing
+  // after it reads a failure of the page's lines.
+  if (!s.Armato) return Esito::kAvanti;
   return Ripristino_Pagina(v, s, failure);
 }
 
@@ -130,10 +129,8 @@ void Crea_Pagina(Vetrina& v) {
     while (Scrittura_Pagina(v, s) == Esito::kRicomincia) {
     }
   }
-  // The run's files end with the run.
-  v.slots.Close(1);
-  v.slots.Close(3);
-  v.slots.Close(4);
+  // Each block has closed the page it wrote and the footer the last template
+  // read, so no file stays open after the run.
   v.Album_Successivo = s.Ultimo_Album_Iniziato > 0 ? s.Ultimo_Album_Iniziato + 1 : v.Primo_Album;
   Fine_Pagina(v);
 }

@@ -23,7 +23,7 @@ enum class Esito {
 
 // The outcome of a step that failed with `failure` (0: it worked). While
 // the page's recovery is armed a failure runs Ripristino_Pagina; otherwise
-// the failure is noted and the next step runs.
+// the step is skipped and the next one runs.
 Esito Passo(Vetrina& v, StatoEsecuzione& s, int failure);
 
 // The common end of every run: normal cursor, beep.

@@ -19,7 +19,6 @@ bool Modelli_2(const Vetrina& v) {
 // without a message; a template with no lines adds nothing.
 void Copia_Intestazione(Vetrina& v, StatoEsecuzione& s) {
   std::string path = v.ui.ProgramFolder() + (Modelli_2(v) ? "\\INTEST_2.HTM" : "\\INTESTAZ.HTM");
-  v.slots.Close(3);
   if (v.slots.OpenForReading(3, path) != kOk) return;
   while (!v.slots.AtEnd(3)) {
     if (v.slots.ReadLine(3, &s.Riga) != kOk) continue;
@@ -33,7 +32,6 @@ void Copia_Intestazione(Vetrina& v, StatoEsecuzione& s) {
 
 void Copia_Piede(Vetrina& v, StatoEsecuzione& s) {
   std::string path = v.ui.ProgramFolder() + (Modelli_2(v) ? "\\PIEDE_2.HTM" : "\\PIEDE.HTM");
-  v.slots.Close(3);
   if (v.slots.OpenForReading(3, path) != kOk) {
     s.Nota(v.slots.WriteLine(1, "</HTML>"));
     return;
@@ -51,8 +49,8 @@ void Copia_Piede(Vetrina& v, StatoEsecuzione& s) {
 // later write or at the close, where no one would hear of it.
 int Scrivi_Sorvegliata(Vetrina& v, const StatoEsecuzione& s, const std::string& riga) {
   int failure = v.slots.WriteLine(1, riga);
-  if (failure == kOk && s.Armato) failure = v.slots.Flush(1);
-  return failure;
+  if (!s.Armato) return failure;
+  return failure != kOk ? failure : v.slots.Flush(1);
 }
 
 Esito Righe(Vetrina& v, StatoEsecuzione& s, std::initializer_list<const char*> righe) {
@@ -67,7 +65,6 @@ Esito Righe(Vetrina& v, StatoEsecuzione& s, std::initializer_list<const char*> r
 
 Esito Apri_Pagina(Vetrina& v, StatoEsecuzione& s) {
   v.ui.Cursor(true);
-  v.slots.Close(1);
   Esito e =
       Passo(v, s, v.slots.OpenForWriting(1, v.Module1.Dir_Output + v.Module1.Nome_File_Output));
   if (e != Esito::kAvanti) return e;

@@ -1,5 +1,7 @@
 #include "shell/controls.h"
 
+#include <algorithm>
+
 namespace vf {
 namespace {
 const std::string kEmpty;
@@ -14,6 +16,8 @@ bool ListBox::Selected(int64_t pos) const {
   if (pos < 0 || pos >= ListCount()) return false;
   return selected_[static_cast<size_t>(pos)] != 0;
 }
+
+int64_t ListBox::SelCount() const { return std::count(selected_.begin(), selected_.end(), 1); }
 
 void ListBox::SetSelected(int64_t pos, bool selected) {
   if (pos < 0 || pos >= ListCount()) return;

@@ -36,6 +36,8 @@ class ListBox {
   const std::string& List(int64_t pos) const;
   bool Selected(int64_t pos) const;
   void SetSelected(int64_t pos, bool selected);
+  // How many entries are selected.
+  int64_t SelCount() const;
   int64_t ListIndex = -1;
 
   void AddItem(std::string text);

@@ -1,5 +1,7 @@
 #include "shell/testo.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -7,36 +9,19 @@
 namespace vf {
 
 double NumeroIniziale(std::string_view text) {
-  size_t i = 0;
-  while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) ++i;
-  auto digit = [&](size_t k) { return k < text.size() && text[k] >= '0' && text[k] <= '9'; };
-  std::string number;
-  if (i < text.size() && (text[i] == '-' || text[i] == '+')) number += text[i++];
-  size_t digits = 0;
-  while (digit(i)) {
-    number += text[i++];
-    ++digits;
+  // Blanks and tabs may stand before the number, and one "+" before it.
+  text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+  if (text.starts_with('+')) {
+    text.remove_prefix(1);
+    if (text.starts_with('-')) return 0;
   }
-  if (i < text.size() && text[i] == '.') {
-    number += text[i++];
-    while (digit(i)) {
-      number += text[i++];
-      ++digits;
-    }
-  }
-  if (digits == 0) return 0;
-  if (i + 1 < text.size() && (text[i] == 'e' || text[i] == 'E')) {
-    size_t k = i + 1;
-    std::string exponent = "e";
-    if (text[k] == '-' || text[k] == '+') exponent += text[k++];
-    if (digit(k)) {
-      while (digit(k)) exponent += text[k++];
-      number += exponent;
-    }
-  }
-  double value = std::strtod(number.c_str(), nullptr);
-  if (!std::isfinite(value)) return 0;
-  return value;
+  // The longest number the text begins with: digits with a point and a
+  // fraction, and an exponent only where digits follow the "e" and its sign.
+  // Infinity and NaN are words, no digits: they count as no number, as does
+  // a value too large for a double.
+  double value = 0;
+  if (std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc()) return 0;
+  return std::isfinite(value) ? value : 0;
 }
 
 std::string Trim(std::string_view text) {
@@ -49,9 +34,7 @@ std::string Trim(std::string_view text) {
 int64_t Intero(double value) {
   if (std::isnan(value)) return 0;
   constexpr double kMax = 9.2e18;
-  if (value >= kMax) return static_cast<int64_t>(kMax);
-  if (value <= -kMax) return -static_cast<int64_t>(kMax);
-  return static_cast<int64_t>(value);
+  return static_cast<int64_t>(std::clamp(value, -kMax, kMax));
 }
 
 std::string Decimale(double value) {

@@ -171,6 +171,7 @@ TEST(Albums, AlbumsLinksAndPlacesPastTheEnd) {
     }
     EXPECT_EQ(site.Page("index.htm"), kTesta + kTabella + cells + kCoda);
     EXPECT_TRUE(site.Has("dir_0001/menu.htm", "../index.htm\">prec</a>\n<a href=\"../dir_0002/"));
+    EXPECT_TRUE(site.Has("dir_0001/menu.htm", "<img src=\"img_000.jpg\">\n</html>"));
     EXPECT_TRUE(site.Has("dir_0002/menu.htm",
                          "<title>menu immagini - pag.2</title></head>\n<a "
                          "href=\"../dir_0001/menu.htm\">prec</a>\n"));
@@ -212,6 +213,7 @@ TEST(Albums, CapitalsMediaEntriesRowWrapAndAlbumSizesBelowOne) {
             "Musica/Canto.mp3a.gif");
   EXPECT_TRUE(site.Has("DIR_0002/MENU.HTM", "<a href=\"../DIR_0001/MENU.HTM\">prec</a>"));
   EXPECT_TRUE(site.Has("DIR_0003/MENU.HTM", "<img src=\"img_001.GIF\">"));
+  EXPECT_TRUE(site.Has("DIR_0003/IMG_001.HTM", "<img src=\"img_001.GIF\">"));
   // An album size below one gives one album per entry, with links that lead.
   for (const char* size : {"0", "", "-2"}) {
     Site small(3);
@@ -272,12 +274,13 @@ TEST(PagedBuild, PagesAlbumsTheFinalPageAndRefusals) {
     site.Write("c/PROG/DIMENSIONI.TXT", "mini 100\r\n");  // the sizes come after a paged build too
     const int pages = (n + 8) / 9;
     RunResult r = site.Run(kIndex + std::string("click Command4\nprint Module1.Num_Pagina\n"
-                                                "print List1.ListCount\n"),
+                                                "print List1.ListCount\nprint Command5.Enabled\n"),
                            n);
     EXPECT_TRUE(
         r.Has("ASK: Visualizzo la prima pagina creata c:\\sito\\index.htm (S/N)  -> NO\n"
               "Module1.Num_Pagina = " +
-              std::to_string(pages) + "\nList1.ListCount = " + std::to_string(pages)))
+              std::to_string(pages) + "\nList1.ListCount = " + std::to_string(pages) +
+              "\nCommand5.Enabled = True"))
         << r.out;
     for (int p = 1; p <= pages; ++p) {
       const std::string k = std::to_string(p);
@@ -297,11 +300,10 @@ TEST(PagedBuild, PagesAlbumsTheFinalPageAndRefusals) {
   for (const char* f : {"pag_1.htm", "pag_2.htm", "index.htm"})
     site.Write(std::string("c/Sito/") + f, "old");
   RunResult r = site.Run(
-      "add C:\\Foto\\P01.JPG\nadd C:\\Foto\\P02.JPG\nadd C:\\Foto\\P03.JPG\n" +
-      std::string(kIndex) +
+      "add C:\\Foto\\P01.JPG\nadd  \nadd C:\\Foto\\P03.JPG\n" + std::string(kIndex) +
       "click Command4\nset txtNUM_FILE 3\nset txtMAX_N_FILES 0\nclick Command4\n"
       "set txtMAX_N_FILES 2.5\nclick Command4\nset txtMAX_N_FILES -1\nclick Command4\n"
-      "set txtMAX_N_FILES 2\nset txtMAX_PER_RIGA 0.5\nclick Command4\nprint List1.ListCount\n"
+      "set txtMAX_N_FILES 1\nset txtMAX_PER_RIGA 0.5\nclick Command4\nprint List1.ListCount\n"
       "set txtMAX_PER_RIGA 1\nanswer yes\nanswer yes\nclick Command4\n");
   const std::string field =
       "BEEP\nMSG: Indicare numero massimo files per pagina .HTM da elaborare !!!\n";
@@ -315,6 +317,9 @@ TEST(PagedBuild, PagesAlbumsTheFinalPageAndRefusals) {
   EXPECT_TRUE(r.out.ends_with("(S/N)  -> YES\nRUN: START /max /w c:\\sito\\index.htm -> OK\n"))
       << r.out;
   EXPECT_NE(site.Read("c/Sito/pag_2.htm"), "old");
+  // A page of blank entries begins no album, and the next page numbers on.
+  EXPECT_EQ(site.Read("c/Sito/dir_0001/img_001.jpg") + site.Read("c/Sito/dir_0002/img_001.jpg"),
+            "bytes of P01.JPGbytes of P03.JPG");
 }
 
 TEST(Failures, MissingTemplatesAskWithYesAndNo) {

@@ -163,13 +163,31 @@ TEST(FileLayer, ABuildDoesExactlyItsOperationsInOrder) {
                    "COPY C:\\P\\PIEDE.HTM -> C:\\s\\piede.htm"}));
   EXPECT_EQ(b.fs.Contents("c:\\s\\dir_0001\\img_001.htm"), "<img src=\"img_001.jpg\">\r\n");
   EXPECT_EQ(b.fs.Contents("C:\\S\\DIR_0001\\IMG_001.JPG"), "picture");
-  // Every slot is closed again, so no template stays open.
-  std::string line;
-  for (int slot = 1; slot <= 4; ++slot) EXPECT_EQ(b.v.slots.ReadLine(slot, &line), kNomeNonValido);
   // Four missing album pictures, one message each, and nothing else.
   int messages = 0;
   for (const std::string& e : b.ui.events) messages += e.starts_with("MSG: ");
   EXPECT_EQ(messages, 4);
+  // Every slot is closed again: no template stays open, and no page waits
+  // unwritten in its buffer; nor after a second build that a No to the page
+  // that is there now ends.
+  b.Eventi();
+  Command1_Click(b.v);
+  EXPECT_EQ(b.Eventi().substr(0, 70),
+            "BEEP|ASK: Elenco  c:\\s\\index.htm  gia' esistente, continuo (S/N) -> NO");
+  std::string line;
+  for (int slot = 1; slot <= 4; ++slot) {
+    EXPECT_EQ(b.v.slots.ReadLine(slot, &line) + b.v.slots.WriteLine(slot, ""), 2 * kNomeNonValido)
+        << slot;
+  }
+  // The build makes the page's drive current even when its folder is
+  // missing, so an entry without a folder is taken from that drive, also
+  // after the page has moved to C:\index.htm, and after an entry with one.
+  b.fs.AddFile("D:\\b.jpg", "b");
+  b.v.frmALBUM.List1.Assign({"C:\\F\\a.jpg", "b.jpg"});
+  b.v.frmALBUM.txtNOME_FILE_HTM.Text = "D:\\Manca\\index.htm";
+  Command1_Click(b.v);
+  EXPECT_EQ(b.fs.Contents("C:\\dir_0001\\img_001.jpg"), "picture");
+  EXPECT_EQ(b.fs.Contents("C:\\dir_0001\\img_002.jpg"), "b");
 }
 
 // A disk that is full, or fills, during a build: the page's first lines are

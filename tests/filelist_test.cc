@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "commands/clic.h"
 #include "filelist/caricamento.h"
 #include "filelist/dialoghi.h"
 #include "filelist/legge_dir.h"
@@ -114,7 +115,7 @@ TEST(Filelist, ScanOrderFormsDepthAndHiddenNames) {
   Banco b;
   Files(b, {"C:\\R\\b.jpg", "C:\\R\\A.JPG", "C:\\R\\note.txt", "C:\\R\\A\\x.gif",
             "C:\\R\\A\\X\\deep.bmp", "C:\\R\\A\\Y\\y.tif", "C:\\R\\B\\z.wmf",
-            "C:\\R\\.nascosta.jpg", "C:\\R\\.h\\in.jpg", "C:\\S\\solo.jpg"});
+            "C:\\R\\.nascosta.jpg", "C:\\R\\.jpg", "C:\\R\\.h\\in.jpg", "C:\\S\\solo.jpg"});
   auto& f = b.v.frmALBUM;
   f.txtESTENSIONE.Text = "*";
   Legge_Dir(b.v, "C:\\R");
@@ -185,7 +186,7 @@ TEST(Filelist, RemovalAskAboutTheCurrentEntryOrRebuildInOrder) {
   auto& l = b.v.frmALBUM.List1;
   cmdCANC_FILE_Click(b.v);  // empty list: nothing
   b.Aggiungi({"C:\\F\\a.jpg", "C:\\F\\b.jpg", "C:\\F\\c.jpg"});
-  l.SetSelected(0, true);
+  l.SetSelected(2, true);
   for (int64_t corrente : {-1, 3}) {  // none, or past the end
     l.ListIndex = corrente;
     cmdCANC_FILE_Click(b.v);
@@ -193,14 +194,14 @@ TEST(Filelist, RemovalAskAboutTheCurrentEntryOrRebuildInOrder) {
   const std::string msg = "BEEP|MSG: SELEZIONARE UN FILE IN ELENCO tra i possibili  3 files !!!";
   EXPECT_EQ(b.Eventi(), msg + "|" + msg);
   // The entry named and removed is the current one, not the selected one.
-  l.ListIndex = 2;
+  l.ListIndex = 0;
   cmdCANC_FILE_Click(b.v);
   EXPECT_EQ(b.Eventi(),
-            "ASK: Confermi la cancellazione di C:\\F\\c.jpg dal solo elenco (S/N)  -> NO");
+            "ASK: Confermi la cancellazione di C:\\F\\a.jpg dal solo elenco (S/N)  -> NO");
   b.ui.answers.push_back(true);
   cmdCANC_FILE_Click(b.v);
-  EXPECT_EQ(b.Voci(), (Voci{"C:\\F\\a.jpg", "C:\\F\\b.jpg"}));
-  EXPECT_TRUE(l.Selected(0));
+  EXPECT_EQ(b.Voci(), (Voci{"C:\\F\\b.jpg", "C:\\F\\c.jpg"}));
+  EXPECT_TRUE(l.Selected(1));
   b.Eventi();
 
   // Several selected, far past the 1000 entries of the old table: the rest
@@ -277,7 +278,9 @@ TEST(Filelist, FolderDialogs) {
   // result the page moves to the program's folder.
   f.txtNOME_FILE_HTM.Text = "C:\\Sito\\index.htm";
   b.ui.dialog_results = {"D:\\Web\\x.htm", "x.htm/y", "D:\\W\\a\\b.htm/c\\d"};
+  b.Eventi();
   Command6_Click(b.v);
+  EXPECT_EQ(b.Eventi(), "BEEP|" + kDialogo + "C:\\VETRINA\\ | *.* -> D:\\Web\\x.htm");
   EXPECT_EQ(f.txtNOME_FILE_HTM.Text + b.v.Module1.Dir_Base, "D:\\Web\\index.htmD:\\Web\\");
   Command6_Click(b.v);
   EXPECT_EQ(f.txtNOME_FILE_HTM.Text, "C:\\VETRINA\\index.htm");
@@ -318,6 +321,24 @@ TEST(WindowModel, EveryControlIsSetUp) {
   FrmAlbum1 usage;
   ExpectEveryControlSetUp(usage, 5);
   EXPECT_EQ(usage.Option1.Value, 1);
+  // The current position and the selection follow their entries when one
+  // before them goes, and the position goes with its own; past the end
+  // nothing is selected or named.
+  for (auto [removed, current, after, left] : {std::tuple{1, 3, 2, 3},
+                                               {1, 1, -1, 3},
+                                               {2, 1, 1, 3},
+                                               {0, 1, 0, 3},
+                                               {4, 1, 1, 4},
+                                               {-1, 1, 1, 4}}) {
+    ListBox l;
+    l.Assign({"a", "b", "c", "d"});
+    for (int i : {-1, 3, 4}) l.SetSelected(i, true);
+    l.ListIndex = current;
+    l.RemoveItem(removed);
+    EXPECT_EQ(l.ListIndex * 10 + l.ListCount(), after * 10 + left) << removed;
+    EXPECT_EQ(l.List(left - 1) + l.List(left), "d") << removed;
+    EXPECT_TRUE(l.Selected(left - 1) && !l.Selected(left - 2) && !l.Selected(left)) << removed;
+  }
 }
 
 TEST(WindowModel, TheUsageDialogGivesTheSimplifiedOrTheCompleteWindow) {
@@ -330,10 +351,21 @@ TEST(WindowModel, TheUsageDialogGivesTheSimplifiedOrTheCompleteWindow) {
     Main_Con_Scelta(v);
     EXPECT_EQ(v.frmALBUM1.Option1.Value * 10 + v.Module1.Tipo_Utilizzo, 10);
     EXPECT_TRUE(v.frmALBUM1.Loaded && !v.frmALBUM_Loaded);  // the window comes at Conferma
-    v.frmALBUM1.Option1.Value = simplified;  // the option group, as a click leaves it
-    v.frmALBUM1.Option2.Value = !simplified;
-    frmALBUM1_Command1_Click(v);
-    const FrmAlbum& f = v.frmALBUM;
+    EXPECT_FALSE(Clic(v, "Command2") || Clic(v, "frmALBUM1.Nessuno"));
+    // Each option in turn; the last one clicked is the choice.
+    for (const char* o : {"Option2", "Option1", simplified ? "Option1" : "Option2"})
+      EXPECT_TRUE(Clic(v, std::string("frmALBUM1.") + o)) << o;
+    EXPECT_EQ(v.frmALBUM1.Option1.Value * 10 + v.frmALBUM1.Option2.Value, simplified ? 10 : 1);
+    EXPECT_EQ(v.Module1.Tipo_Utilizzo, simplified ? 1 : 2);
+    v.Module1.Tipo_Utilizzo = 0;  // Conferma reads the options, not what their clicks left
+    EXPECT_TRUE(Clic(v, "frmALBUM1.Command1") && Clic(v, "Option3(0)"));
+    // An option clears only the options of its own frame; a check box flips.
+    FrmAlbum& f = v.frmALBUM;
+    f.Check2.Value = 1;
+    for (const char* c : {"Option1", "Option3(1)", "Check1"}) EXPECT_TRUE(Clic(v, c)) << c;
+    for (const Control* c : {&f.Option1, &f.Option2, &f.Option3[0], &f.Option3[1], &f.Check1})
+      EXPECT_EQ(c->Value, c != &f.Option2 && c != &f.Option3[0]) << c->Name;
+    EXPECT_EQ(f.Check2.Value, 1);
     EXPECT_EQ(std::to_string(v.Module1.Tipo_Utilizzo) + f.txtMAX_PER_RIGA.Text,
               simplified ? "15" : "24");
     EXPECT_EQ(f.Command1.Visible, !simplified);
@@ -342,7 +374,7 @@ TEST(WindowModel, TheUsageDialogGivesTheSimplifiedOrTheCompleteWindow) {
                 !(f.Label6[0].Visible || f.txtNOME_FILE_HTM.Visible || f.Option2.Visible));
     EXPECT_EQ(f.Label6[1].Caption + f.Label6[6].Caption + f.Label6[3].Caption, "143");
     EXPECT_EQ(std::to_string(f.Label6[3].Top) + f.txtNOME_FILE_HTM.Text, "2940C:\\\\index.htm");
-    EXPECT_THROW(frmALBUM1_Command2_Click(v), FineProgramma);  // Annulla ends the program
+    EXPECT_THROW(Clic(v, "frmALBUM1.Command2"), FineProgramma);  // Annulla ends the program
   }
 }
 

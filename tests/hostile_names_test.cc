@@ -39,7 +39,8 @@ TEST(HostileNames, TheLoadLeavesThemOutAndSaysHowMany) {
   for (const char* name :
        {"D/Foto/a.mp3", "D/Foto/x\" onmouseover=\"alert(5).mp3", "D/Foto/javascript:alert(4).mp3",
         "D/Foto/javascript&#58;x.mp3", "D/Foto/c\x01.mp3", "D/Foto/.h<.mp3", "D/Foto/n<.txt",
-        "D/Foto/q?/z.mp3", "D/Foto/Sub/b.mp3", "D/Foto/Sub/b|.mp3", "D/Foto/Sub/z&lt;.mp3"}) {
+        "D/Foto/q?/z.mp3", "D/Foto/.q?/z.mp3", "D/Foto/Sub/b.mp3", "D/Foto/Sub/b|.mp3",
+        "D/Foto/Sub/z&lt;.mp3"}) {
     b.fs.AddHostFile(name, "");
   }
   f.txtPATH_RICERCA.Text = "D:\\Foto";

@@ -40,11 +40,14 @@ TEST(Text, LeadingNumbersAndNumberForms) {
   const std::pair<const char*, double> leading[] = {
       {"12abc", 12}, {"  9", 9},   {"2.5", 2.5},  {"-3x", -3},   {".5", 0.5},
       {"1e3", 1000}, {"9e", 9},    {"abc", 0},    {"", 0},       {"-", 0},
-      {".", 0},      {"1e999", 0}, {"5e-1", 0.5}, {"1E+2", 100}, {"1e-", 1}};
+      {".", 0},      {"1e999", 0}, {"5e-1", 0.5}, {"1E+2", 100}, {"1e-", 1},
+      {"10", 10},    {"\t+4", 4},  {"+-3", 0},    {"inf", 0},    {"0x10", 0}};
   for (auto [text, value] : leading) EXPECT_EQ(NumeroIniziale(text), value) << text;
   EXPECT_EQ(Cifre(1, 4) + Cifre(12, 3) + Cifre(1000, 3) + Trim("  a b  ") + Trim(" "),
             "0001012000a b");
-  EXPECT_EQ(ConBlank(1) + ConBlank(-1) + Decimale(18) + " " + Decimale(2.5), " 1-118 2.5");
+  EXPECT_EQ(ConBlank(1) + ConBlank(-1) + ConBlank(0) + Decimale(18) + " " + Decimale(2.5) + " " +
+                Decimale(9e15),
+            " 1-1 018 2.5 9e+15");
   EXPECT_EQ(ArrotondaPari(2.5) * 100 + ArrotondaPari(3.5) * 10 + ArrotondaPari(1.4), 241);
   EXPECT_EQ(Intero(1e300), Intero(9.3e18));
 }

@@ -131,7 +131,8 @@ void WriteFixtureTemplates(const TempTree& tree, const std::string& folder) {
              ".htm\">prev</a>\n<a href=\"" + img(i + 1) + ".htm\">next</a>\n" +
              (i == 9 ? "<a href=\"../dir_000s/menu.htm\">album</a>\n" : "") + "</body></html>\n"));
   }
-  tree.Write(f + "MENU.HTM", CrLf(menu + "</html>\n"));
+  // Places count from 1: a picture name numbered 000 is no place.
+  tree.Write(f + "MENU.HTM", CrLf(menu + "<img src=\"img_000.jpg\">\n</html>\n"));
   for (const char* picture :
        {"puls_sx3.jpg", "puls_su3.jpg", "puls_dx3.jpg", "sfondo_1.gif", "sfondo_2.gif",
         "pulsante.jpg", "diaposit.jpg", "film-1a.jpg", "foto-1a.jpg", "htm-1a.jpg", "music-1a.jpg",
