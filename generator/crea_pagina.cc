@@ -36,10 +36,10 @@ Esito Ripristino_Pagina(Vetrina& v, StatoEsecuzione& s, int failure) {
   v.ui.Beep();
   Module1& m = v.Module1;
   bool cartella = failure == kErroreAccesso || failure == kPercorsoNonTrovato;
-  if (cartella && !s.Primo_Ripiego) {
+  if (cartella && s.Num_Tentativi == 0) {
     v.ui.Message("Errore in registrazione Elenco (forse e' un CD-ROM) " + PercorsoPagina(v) + kCR +
                  kCR + "Tento di registrare sul disco C: " + Dettaglio(failure));
-    s.Primo_Ripiego = true;
+    s.Num_Tentativi += 1;
     m.Dir_Output = SuDiscoC(m.Dir_Output);
     return Esito::kRicomincia;
   }
@@ -111,9 +111,12 @@ Esito Scrittura_Pagina(Vetrina& v, StatoEsecuzione& s) {
 
 Esito Passo(Vetrina& v, StatoEsecuzione& s, int failure) {
   if (failure == kOk) return Esito::kAvanti;
-  // Once the recovery is disarmed a failed line is simply skipped: nothing
-  // after it reads a failure of the page's lines.
-  if (!s.Armato) return Esito::kAvanti;
+  // Once the recovery is disarmed a failed line is skipped and noted as that
+  // step's failure, as every step of the run's continue mode is.
+  if (!s.Armato) {
+    s.Nota(failure);
+    return Esito::kAvanti;
+  }
   return Ripristino_Pagina(v, s, failure);
 }
 

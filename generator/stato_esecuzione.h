@@ -45,10 +45,9 @@ struct StatoEsecuzione {
   // Recovery of the page: in force from the opening of the page up to the
   // first list entry that is not blank.
   bool Armato = true;
-  // The retries of the page are only ever told apart as none or some, so a
-  // flag keeps them: the page was moved to drive C:, to C:\index.htm.
-  bool Primo_Ripiego = false;
-  bool Secondo_Ripiego = false;
+  // The page's first fallback counts here; it is only tested for being 0.
+  int16_t Num_Tentativi = 0;
+  bool Secondo_Ripiego = false;  // the page was moved to C:\index.htm
 
   // Notes a failure in continue mode: the step is skipped and the next runs.
   void Nota(int failure) {
