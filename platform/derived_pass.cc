@@ -2,6 +2,8 @@
 
 #include <filesystem>
 #include <memory>
+#include <set>
+#include <utility>
 
 #include "platform/case_fold.h"
 #include "platform/derived_pictures.h"
@@ -41,7 +43,8 @@ bool ReadAll(FileSystem& fs, const std::string& path, std::string* text) {
 }  // namespace
 
 DerivedPass RunDerivedPass(HostFileSystem& fs, const std::string& program_folder, bool capitals,
-                           const std::function<bool(size_t, size_t)>& progress) {
+                           const std::function<bool(size_t, size_t)>& progress,
+                           const DeriveOptions& options) {
   DerivedPass pass;
   const std::vector<HostFileSystem::Copied> copied = fs.TakeCopies();
   std::string text;
@@ -59,12 +62,17 @@ DerivedPass RunDerivedPass(HostFileSystem& fs, const std::string& program_folder
     if (CopyOfAnEntry(c.to)) copies.push_back({c.from, c.to});
   }
   if (copies.empty()) return pass;
-  const DeriveOutcome outcome = DerivePictures(copies, sizes.sizes, capitals, progress);
+  const DeriveOutcome outcome = DerivePictures(copies, sizes.sizes, capitals, progress, options);
   pass.stopped = outcome.stopped;
-  auto tell = [&](const char* heading, const std::vector<std::string>& pictures) {
-    if (pictures.empty()) return;
+  // A photo with several sizes is named once for each cause.
+  auto tell = [&](const char* heading, const std::vector<DeriveProblem>& problems) {
+    if (problems.empty()) return;
     std::string m = heading;
-    for (const std::string& host : pictures) m += "\r" + fs.WindowsPath(host).value_or(host);
+    std::set<std::pair<std::string, std::string>> told;
+    for (const DeriveProblem& p : problems) {
+      if (!told.insert({p.source, p.cause}).second) continue;
+      m += "\r" + fs.WindowsPath(p.source).value_or(p.source) + " - " + p.cause;
+    }
     pass.messages.push_back(m);
   };
   tell("Immagini non riducibili, copiate come sono:", outcome.plain_copies);

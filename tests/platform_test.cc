@@ -84,6 +84,16 @@ class DerivedPicturesTest : public ::testing::Test {
     return Copy(name);
   }
   fs::path Derived(const std::string& name) const { return tree_->Path("site/dir_0001/" + name); }
+  // "SOURCE NAME > DERIVED: CAUSE", the derived picture inside the album.
+  Names Told(const std::vector<DeriveProblem>& problems) const {
+    Names told;
+    for (const DeriveProblem& p : problems) {
+      told.push_back(fs::path(p.source).filename().string() + " > " +
+                     fs::relative(p.derived, tree_->Path("site/dir_0001")).string() + ": " +
+                     p.cause);
+    }
+    return told;
+  }
 
   std::optional<test::TempTree> tree_{std::in_place};
 };
@@ -135,12 +145,15 @@ TEST_F(DerivedPicturesTest, EachKindKeepsItsFormatStandsUprightInSrgbBareOrIsCop
   DeriveOutcome outcome = DerivePictures(copies, sizes, false, nullptr);
   Names plain;
   for (const std::string name : {"text.jpg", "cut.jpg", "huge.tif"}) {
+    const std::string cause = name == "text.jpg"  ? "non è un'immagine"
+                              : name == "cut.jpg" ? "file troncato"
+                                                  : "troppo grande: 10001×10000";
     for (const std::string folder : {"mini/", "web 45/"}) {
-      plain.push_back(Derived(folder + name));
+      plain.push_back(name + " > " + folder + name + ": " + cause);
       EXPECT_EQ(tree_->Read("site/dir_0001/" + folder + name), tree_->Read("src/" + name));
     }
   }
-  EXPECT_EQ(std::pair(outcome.plain_copies, outcome.failed), std::pair(plain, Names{}));
+  EXPECT_EQ(std::pair(Told(outcome.plain_copies), Told(outcome.failed)), std::pair(plain, Names{}));
   // The album holds its record and a folder per size with every copy, nothing else.
   EXPECT_EQ(tree_->Tree("site").size(), 1 + 1 + 2 * (1 + copies.size()));
   for (const Case& c : cases) {
@@ -201,10 +214,11 @@ TEST_F(DerivedPicturesTest, APassCutShortLeavesWholePicturesOnlyAndTheNextGoesOn
   // On a full disk the scaled picture and the copy fail, and leave nothing.
   tree_->Write("src/text.jpg", std::string(10000, 'x'));
   std::vector<CopyRecord> full = {Place("a.jpg", Grain(200, 200), "[Q=95]"), Copy("text.jpg")};
-  EXPECT_EQ(OnAFullDisk([&] {
-              return DerivePictures(full, {{"web", 150}}, false, nullptr);
-            }).failed,
-            (Names{Derived("web/a.jpg"), Derived("web/text.jpg")}));
+  EXPECT_EQ(Told(OnAFullDisk([&] {
+                   return DerivePictures(full, {{"web", 150}}, false, nullptr);
+                 }).failed),
+            (Names{"a.jpg > web/a.jpg: scrittura non riuscita",
+                   "text.jpg > web/text.jpg: scrittura non riuscita"}));
   EXPECT_EQ(tree_->Tree("site"), (Names{"dir_0001/", "dir_0001/web/"}));
   // A stop leaves what is made whole, and the next pass keeps it.
   std::vector<CopyRecord> copies;
@@ -263,16 +277,31 @@ TEST(MetadataSiftTest, OnlyThePictureStaysAndACutFileIsRefused) {
 
 TEST(DerivedRecordTest, TextKeepsAnyNameAndDropsWhatItCannotRead) {
   DerivedRecord record;
-  record.Put({"MINI", 480, "IMG\t1\\2\n.JPG", "/foto/a\rb.jpg", 12345, 1'700'000'000'123, true});
+  record.Put({"MINI", 480, "IMG\t1\\2\n.JPG", "/foto/a\rb.jpg", 12345, 1'700'000'000'123, 678,
+              1'700'000'001'456, true, "file\ttroncato"});
   EXPECT_EQ(DerivedRecord::Parse(record.Text()).Text(), record.Text());
   EXPECT_NE(DerivedRecord::Parse(record.Text()).Find("mini", "img\t1\\2\n.jpg"), nullptr);
-  // A good line, then a field short, not a number, no such escape, out of the album.
-  const std::string lines =
-      "\nweb\t1600\ta.jpg\t/a.jpg\t1\t2\ts\nweb\t1600\tb.jpg\t/b.jpg\t1\t2\n"
-      "web\tmolti\tc.jpg\t/c.jpg\t1\t2\ts\nweb\t1600\td\\q.jpg\t/d.jpg\t1\t2\ts\n"
-      "web\t1600\t../e.jpg\t/e.jpg\t1\t2\ts\n";
-  EXPECT_EQ(DerivedRecord::Parse("vetrina-derivate 1" + lines).size(), 1u);
-  EXPECT_EQ(DerivedRecord::Parse("vetrina-derivate 2" + lines).size(), 0u);
+  // A good line is read; a line with any one field spoilt is left out: one
+  // field short or more, not a number, no such escape, out of the album, no
+  // such kind. A record of an older form is read as empty.
+  const Names good = {"web", "1600", "a.jpg", "/a.jpg", "1", "2", "3", "4", "c", "cut"};
+  auto line = [&good](size_t field, const std::string& value) {
+    Names fields = good;
+    fields[field] = value;
+    if (value == "(none)") fields.erase(fields.begin() + field);
+    std::string text = "vetrina-derivate 2\n" + fields[0];
+    for (size_t i = 1; i < fields.size(); ++i) text += "\t" + fields[i];
+    return text + "\n";
+  };
+  EXPECT_EQ(DerivedRecord::Parse(line(0, "web")).size(), 1u);
+  EXPECT_EQ(DerivedRecord::Parse("vetrina-derivate 1" + line(0, "web").substr(18)).size(), 0u);
+  const std::pair<size_t, std::string> spoilt[] = {
+      {9, "(none)"}, {9, "cut\textra"}, {1, "molti"}, {4, "1x"}, {5, ""},    {6, "-"},
+      {7, "4.5"},    {0, "w\\q"},       {2, "d\\q"},  {3, "\\"}, {9, "a\\"}, {2, "../e.jpg"},
+      {0, ""},       {2, "a/b"},        {8, "x"},     {8, ""}};
+  for (const auto& [field, value] : spoilt) {
+    EXPECT_EQ(DerivedRecord::Parse(line(field, value)).size(), 0u) << field << " " << value;
+  }
 }
 
 class HostFileSystemTest : public ::testing::Test {
