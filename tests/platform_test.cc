@@ -1,17 +1,23 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <thread>
 #include <vips/vips8>
 
 #include "platform/case_fold.h"
+#include "platform/derived_memory.h"
 #include "platform/derived_pictures.h"
 #include "platform/derived_record.h"
 #include "platform/failure.h"
@@ -172,15 +178,34 @@ TEST_F(DerivedPicturesTest, EachKindKeepsItsFormatStandsUprightInSrgbBareOrIsCop
 }
 
 TEST_F(DerivedPicturesTest, RebuildRedoesOnlyWhatChangedAndTheRecordOnlyThen) {
-  enum Change { kNothing, kTouched, kSwapped, kResized, kRemoved, kCapitals, kNames };
+  enum Change {
+    kNothing,
+    kTouched,
+    kGrown,
+    kSwapped,
+    kResized,
+    kRemoved,
+    kCapitals,
+    kNames,
+    kMadeTouched,
+    kMadeRewritten,
+    kOldRecord
+  };
+  const Names all = {".derivate", "mini/0.jpg", "mini/1.jpg", "mini/2.jpg",
+                     "web/0.jpg", "web/1.jpg",  "web/2.jpg"};
   const std::map<Change, Names> redone = {
       {kNothing, {}},
       {kTouched, {".derivate", "mini/1.jpg", "web/1.jpg"}},
+      {kGrown, {".derivate", "mini/2.jpg", "web/2.jpg"}},
       {kSwapped, {".derivate", "mini/0.jpg", "mini/1.jpg", "web/0.jpg", "web/1.jpg"}},
       {kResized, {".derivate", "web/0.jpg", "web/1.jpg", "web/2.jpg"}},
       {kRemoved, {".derivate", "web/2.jpg"}},
       {kCapitals, {".derivate"}},  // renamed, not made again
-      {kNames, {".derivate"}}};    // only the copies' names in capitals
+      {kNames, {".derivate"}},     // only the copies' names in capitals
+      // Someone else's hand on a derived picture, its time or its bytes.
+      {kMadeTouched, {".derivate", "mini/1.jpg"}},
+      {kMadeRewritten, {".derivate", "web/0.jpg"}},
+      {kOldRecord, all}};
   for (const auto& [change, expected] : redone) {
     tree_.emplace();
     std::vector<CopyRecord> copies = {Place("0.jpg", Painted(300, 200, kOrange)),
@@ -197,6 +222,28 @@ TEST_F(DerivedPicturesTest, RebuildRedoesOnlyWhatChangedAndTheRecordOnlyThen) {
     if (change == kSwapped) std::swap(copies[0].source, copies[1].source);
     if (change == kResized) sizes[1].pixels = 120;
     if (change == kRemoved) fs::remove(Derived("web/2.jpg"));
+    // What is changed by hand below keeps its time, or is taken as it is then.
+    auto keeping_time = [](const fs::path& path, auto change) {
+      const fs::file_time_type time = fs::last_write_time(path);
+      change();
+      fs::last_write_time(path, time);
+    };
+    if (change == kGrown) {
+      keeping_time(copies[2].source,
+                   [&] { tree_->Write("src/2.jpg", tree_->Read("src/2.jpg") + "x"); });
+    }
+    if (change == kMadeRewritten) {
+      keeping_time(Derived("web/0.jpg"),
+                   [&] { tree_->Write("site/dir_0001/web/0.jpg", tree_->Read("src/1.jpg")); });
+    }
+    if (change == kMadeTouched) {
+      fs::last_write_time(Derived("mini/1.jpg"), fs::file_time_type{});
+      before["mini/1.jpg"] = StampOf(Derived("mini/1.jpg"));
+    }
+    if (change == kOldRecord) {
+      const std::string record = tree_->Read("site/dir_0001/.derivate");
+      tree_->Write("site/dir_0001/.derivate", "vetrina-derivate 1" + record.substr(18));
+    }
     for (int i = 0; names && i < 3; ++i) copies[i].copy = Derived(std::to_string(i) + ".JPG");
     DerivePictures(copies, sizes, capitals, nullptr);
     Names changed;
@@ -235,6 +282,203 @@ TEST_F(DerivedPicturesTest, APassCutShortLeavesWholePicturesOnlyAndTheNextGoesOn
   EXPECT_FALSE(
       DerivePictures(copies, {{"web", 200}}, false, [](size_t, size_t) { return true; }).stopped);
   for (const auto& [name, stamp] : made) EXPECT_EQ(StampOf(Derived(name)), stamp) << name;
+}
+
+// The CRC of a PNG chunk, over its type and body.
+uint32_t Crc32(const std::string& bytes) {
+  uint32_t crc = 0xFFFFFFFF;
+  for (unsigned char c : bytes) {
+    crc ^= c;
+    for (int k = 0; k < 8; ++k) crc = (crc >> 1) ^ (0xEDB88320 & (0 - (crc & 1)));
+  }
+  return ~crc;
+}
+
+std::string Big32(uint32_t n) { return {char(n >> 24), char(n >> 16), char(n >> 8), char(n)}; }
+
+// A PNG whose header claims `width` x `height` 8-bit RGB pixels.
+std::string PngHeaderOnly(uint32_t width, uint32_t height) {
+  auto chunk = [](const std::string& type, const std::string& body) {
+    return Big32(body.size()) + type + body + Big32(Crc32(type + body));
+  };
+  return "\x89PNG\r\n\x1A\n" + chunk("IHDR", Big32(width) + Big32(height) + "\x08\x02\0\0\0"s) +
+         chunk("IDAT", "\x78\x9C\x03\0\0\0\0\x01"s) + chunk("IEND", "");
+}
+
+TEST_F(DerivedPicturesTest, PlainCopiesAndFailuresNameTheirCause) {
+  const vips::VImage grain = Grain(64, 48);
+  std::vector<CopyRecord> copies;
+  Names expected;
+  // Each kind of picture cut in half, and one spoilt inside but whole.
+  for (const char* kind : {"jpg", "png", "gif", "webp", "tif", "bmp"}) {
+    const std::string name = std::string("whole.") + kind;
+    Place(name, grain);
+    const std::string whole = tree_->Read("src/" + name);
+    tree_->Write("src/cut." + std::string(kind), whole.substr(0, whole.size() / 2));
+    copies.push_back(Copy("cut." + std::string(kind)));
+    expected.push_back("cut." + std::string(kind) + " > web/cut." + kind + ": file troncato");
+  }
+  std::string spoilt = tree_->Read("src/whole.jpg");
+  spoilt.replace(spoilt.find("\xFF\xC4") + 4, 24, std::string(24, '\xFF'));  // the code tables
+  Place("whole.tif", grain, "[compression=deflate]");
+  std::string spoilt_tiff = tree_->Read("src/whole.tif");
+  spoilt_tiff.replace(100, 200, std::string(200, 'x'));
+  const std::pair<std::string, std::string> rows[] = {
+      {"spoilt.jpg", spoilt},
+      {"spoilt.tif", spoilt_tiff},
+      {"text.jpg", "non è una foto, solo testo\n"},
+      {"bx.bmp", "BX non è una foto, solo testo\n"},
+      {"xm.bmp", "xM non è una foto, solo testo\n"},
+      {"pixmap.jpg", "P6\n2 1\n255\n\1\2\3\4\5\6"},
+      {"huge.png", PngHeaderOnly(60000, 60000)},
+  };
+  const char* const causes[] = {
+      "file danneggiato",  "file danneggiato",    "non è un'immagine",         "non è un'immagine",
+      "non è un'immagine", "formato non gestito", "troppo grande: 60000×60000"};
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    tree_->Write("src/" + rows[i].first, rows[i].second);
+    copies.push_back(Copy(rows[i].first));
+    expected.push_back(rows[i].first + " > web/" + rows[i].first + ": " + causes[i]);
+  }
+  // A source gone before the pass, and a size folder that a file stands for.
+  copies.push_back(Copy("gone.jpg"));
+  tree_->Write("site/dir_0001/mini", "not a folder");
+  const DeriveOutcome outcome = DerivePictures(copies, {{"web", 40}, {"mini", 20}}, false, nullptr);
+  EXPECT_EQ(Told(outcome.plain_copies), expected);
+  Names failed;
+  for (const CopyRecord& copy : copies) {
+    const std::string name = fs::path(copy.source).filename().string();
+    if (name != "gone.jpg") failed.push_back(name + " > mini/" + name + ": cartella non creata");
+  }
+  failed.insert(failed.end(), {"gone.jpg > web/gone.jpg: sorgente mancante",
+                               "gone.jpg > mini/gone.jpg: cartella non creata"});
+  EXPECT_EQ(Told(outcome.failed), failed);
+}
+
+TEST_F(DerivedPicturesTest, MadeFilesHaveTheModeOfAnyNewFile) {
+  // Not the 0600 of a temporary file: a web server running as another user
+  // must read them.
+  for (const mode_t mask : {0022, 0002, 0027}) {
+    tree_.emplace();
+    tree_->Write("src/text.jpg", "non è una foto");
+    const std::vector<CopyRecord> copies = {Place("a.jpg", Painted(90, 60, kOrange)),
+                                            Copy("text.jpg")};
+    const mode_t old = ::umask(mask);
+    DerivePictures(copies, {{"web", 40}}, false, nullptr);
+    ::umask(old);
+    for (const char* name : {"web", "web/a.jpg", "web/text.jpg", ".derivate"}) {
+      struct stat st {};
+      ::stat(Derived(name).c_str(), &st);
+      const mode_t normal = (S_ISDIR(st.st_mode) ? 0777 : 0666) & ~mask;
+      EXPECT_EQ(st.st_mode & 0777, normal) << name << " " << mask;
+    }
+  }
+}
+
+TEST_F(DerivedPicturesTest, APassWaitsWhileAnotherWorksInTheSameSite) {
+  // The copies go to two sites; a lock held on either keeps the pass waiting.
+  for (const char* held : {"site", "other"}) {
+    tree_.emplace();
+    fs::create_directories(tree_->Path("other/dir_0001"));
+    std::vector<CopyRecord> copies = {Place("a.jpg", Painted(90, 60, kOrange)),
+                                      Place("b.jpg", Painted(60, 90, kBlue))};
+    copies[1].copy = tree_->Path("other/dir_0001/b.jpg");
+    Fd site(::open(tree_->Path(held).c_str(), O_RDONLY | O_DIRECTORY));
+    ASSERT_EQ(::flock(site.get(), LOCK_EX), 0);
+    std::atomic<bool> done = false;
+    std::thread pass([&] {
+      DerivePictures(copies, {{"web", 40}}, false, nullptr);
+      done = true;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_FALSE(done) << held;
+    EXPECT_FALSE(tree_->Exists("site/dir_0001/web") || tree_->Exists("other/dir_0001/web"));
+    ::flock(site.get(), LOCK_UN);
+    pass.join();
+    // Nothing is left in the sites for the lock.
+    EXPECT_EQ(tree_->Tree("site"),
+              (Names{"dir_0001/", "dir_0001/.derivate", "dir_0001/web/", "dir_0001/web/a.jpg"}));
+    EXPECT_EQ(tree_->Tree("other").size(), 4u);
+  }
+}
+
+TEST(DerivedMemoryTest, PicturesGoInWithinTheBudgetInTurnOrAlone) {
+  constexpr int64_t kGB = int64_t{1} << 30;
+  const std::pair<int64_t, int64_t> budgets[] = {
+      {0, kGB / 2},           {-4096, kGB / 2},       {4 * kGB, kGB},     {8 * kGB, 2 * kGB},
+      {8 * kGB + 4, 2 * kGB}, {6 * kGB, 3 * kGB / 2}, {64 * kGB, 2 * kGB}};
+  for (const auto& [memory, budget] : budgets) EXPECT_EQ(DecodeBudgetFor(memory), budget) << memory;
+  EXPECT_EQ(DefaultDecodeBudget(),
+            DecodeBudgetFor(int64_t{::sysconf(_SC_PHYS_PAGES)} * ::sysconf(_SC_PAGE_SIZE)));
+
+  MemoryGate gate(100);
+  EXPECT_TRUE(gate.TryAdmit(60));
+  EXPECT_FALSE(gate.TryAdmit(41));
+  EXPECT_TRUE(gate.TryAdmit(40));  // just the budget
+  gate.Release(40);
+  // One that waits is let in once memory comes back, and none passes it
+  // meanwhile, even one that would fit.
+  std::atomic<bool> in = false;
+  std::thread waiting([&] {
+    gate.Admit(50);
+    in = true;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  EXPECT_FALSE(in);
+  EXPECT_FALSE(gate.TryAdmit(10));
+  gate.Release(60);
+  waiting.join();
+  EXPECT_TRUE(in);
+  gate.Release(50);
+  // More than the budget goes in alone, and nothing beside it.
+  EXPECT_TRUE(gate.TryAdmit(150));
+  EXPECT_FALSE(gate.TryAdmit(1));
+  gate.Release(150);
+  EXPECT_TRUE(gate.TryAdmit(1));
+  EXPECT_EQ(gate.peak(), 150);
+}
+
+TEST_F(DerivedPicturesTest, APictureStartsWhenItsDecodedSizeFitsTheBudget) {
+  // A picture's cost, from its header: the decoded pixels once for the
+  // decoders that read line by line, twice for those that hold the whole
+  // picture, five times for BMP, which ImageMagick copies; with two sizes the
+  // larger scaled picture is kept as well.
+  const vips::VImage orange = Painted(90, 60, kOrange);
+  const std::tuple<const char*, vips::VImage, const char*, int64_t> kinds[] = {
+      {"base.jpg", orange, "", 90 * 60 * 3},
+      {"prog.jpg", orange, "[interlace]", 90 * 60 * 3 * 2},
+      {"plain.png", orange, "", 90 * 60 * 3},
+      {"deep.png", orange.cast(VIPS_FORMAT_USHORT), "[interlace,bitdepth=16]", 90 * 60 * 6 * 2},
+      {"still.gif", orange, "", 90 * 60 * 4 * 2},
+      {"strips.tif", orange, "", 90 * 60 * 3 * 2},
+      {"small.bmp", orange, "", 90 * 60 * 3 * 5},
+      {"photo.webp", orange, "", 90 * 60 * 3}};
+  for (const auto& [name, image, options, cost] : kinds) {
+    tree_.emplace();
+    EXPECT_EQ(
+        DerivePictures({Place(name, image, options)}, {{"web", 40}}, false, nullptr).largest_cost,
+        cost)
+        << name;
+  }
+  tree_.emplace();
+  EXPECT_EQ(DerivePictures({Place("base.jpg", orange)}, {{"web", 40}, {"mini", 20}}, false, nullptr)
+                .largest_cost,
+            90 * 60 * 3 + 41 * 27 * 3);
+  // Six pictures on four workers: what is in work at once stays within the
+  // budget, and a picture larger than the budget is made alone.
+  tree_.emplace();
+  std::vector<CopyRecord> copies;
+  for (int i = 0; i < 6; ++i) copies.push_back(Place(std::to_string(i) + ".png", Grain(300, 200)));
+  const int64_t each = 300 * 200 * 3;
+  for (const int64_t budget : {int64_t{1}, each, 5 * each / 2, 100 * each}) {
+    for (const CopyRecord& copy : copies) fs::remove_all(fs::path(copy.copy).parent_path() / "web");
+    const DeriveOutcome outcome = DerivePictures(copies, {{"web", 40}}, false, nullptr,
+                                                 {.workers = 4, .memory_budget = budget});
+    EXPECT_EQ(outcome.largest_cost, each);
+    EXPECT_TRUE(outcome.peak_cost >= each && outcome.peak_cost <= std::max(budget, each))
+        << budget << " " << outcome.peak_cost;
+    EXPECT_EQ(tree_->Tree("site/dir_0001/web").size(), copies.size());
+  }
 }
 
 // Segments and chunks as the three formats lay them out, with made-up bodies.
