@@ -1,5 +1,6 @@
 #include "platform/derived_pass.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <set>
@@ -11,6 +12,8 @@
 
 namespace vf {
 namespace {
+
+constexpr size_t kMostBadLines = 20;
 
 // "img_" + three digits + "." in any case: the copy of a list entry.
 bool PlaceName(const std::string& name, const char* prefix, size_t digits) {
@@ -54,7 +57,12 @@ DerivedPass RunDerivedPass(HostFileSystem& fs, const std::string& program_folder
   const SizesFile sizes = ParseSizesFile(text);
   if (!sizes.bad_lines.empty()) {
     std::string m = "Righe non valide nel file DIMENSIONI.TXT, non considerate:";
-    for (const std::string& line : sizes.bad_lines) m += "\r" + line;
+    // Each line is cut short already; a file of many bad lines is cut too.
+    const size_t shown = std::min(sizes.bad_lines.size(), kMostBadLines);
+    for (size_t i = 0; i < shown; ++i) m += "\r" + sizes.bad_lines[i];
+    if (shown < sizes.bad_lines.size()) {
+      m += "\r(e altre " + std::to_string(sizes.bad_lines.size() - shown) + " righe)";
+    }
     pass.messages.push_back(m);
   }
   std::vector<CopyRecord> copies;

@@ -14,8 +14,8 @@ namespace vf {
 struct DerivedPass {
   // Italian messages for the user, in order: the sizes file's bad lines
   // ("Righe non valide nel file DIMENSIONI.TXT, non considerate:", then
-  // each line, long ones cut); the source photos whose derived pictures are
-  // plain copies ("Immagini non riducibili, copiate come sono:"); the source
+  // each line, long ones cut, the first 20 and "(e altre N righe)"); the source photos whose
+  // derived pictures are plain copies ("Immagini non riducibili, copiate come sono:"); the source
   // photos whose derived pictures could not be written and the album folders
   // whose record could not be ("Immagini ridotte non scritte:"). A photo is
   // named by its Windows path, once per cause, as "PATH - CAUSE"; lines are
