@@ -74,7 +74,9 @@ std::optional<Kind> KindOfStart(std::string_view start) {
   if (start.starts_with("\xFF\xD8\xFF")) return Kind::kJpeg;
   if (start.starts_with("\x89PNG\r\n\x1A\n")) return Kind::kPng;
   if (start.starts_with("GIF8")) return Kind::kGif;
-  if (start.starts_with("RIFF") && start.substr(8, 4) == "WEBP") return Kind::kWebp;
+  if (start.starts_with("RIFF") && start.size() >= 12 && start.substr(8, 4) == "WEBP") {
+    return Kind::kWebp;
+  }
   if (start.starts_with("II*") || start.starts_with("MM\0*")) return Kind::kTiff;
   if (start.starts_with("BM")) return Kind::kBmp;
   return std::nullopt;

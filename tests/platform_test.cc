@@ -323,22 +323,21 @@ TEST_F(DerivedPicturesTest, PlainCopiesAndFailuresNameTheirCause) {
   Place("whole.tif", grain, "[compression=deflate]");
   std::string spoilt_tiff = tree_->Read("src/whole.tif");
   spoilt_tiff.replace(100, 200, std::string(200, 'x'));
-  const std::pair<std::string, std::string> rows[] = {
-      {"spoilt.jpg", spoilt},
-      {"spoilt.tif", spoilt_tiff},
-      {"text.jpg", "non è una foto, solo testo\n"},
-      {"bx.bmp", "BX non è una foto, solo testo\n"},
-      {"xm.bmp", "xM non è una foto, solo testo\n"},
-      {"pixmap.jpg", "P6\n2 1\n255\n\1\2\3\4\5\6"},
-      {"huge.png", PngHeaderOnly(60000, 60000)},
+  const std::tuple<std::string, std::string, std::string> rows[] = {
+      {"spoilt.jpg", spoilt, "file danneggiato"},
+      {"spoilt.tif", spoilt_tiff, "file danneggiato"},
+      {"text.jpg", "non è una foto, solo testo\n", "non è un'immagine"},
+      // Only what starts as a BMP is handed to ImageMagick.
+      {"bx.bmp", "BX non è una foto, solo testo\n", "non è un'immagine"},
+      {"xm.bmp", "xM non è una foto, solo testo\n", "non è un'immagine"},
+      {"pixmap.jpg", "P6\n2 1\n255\n\1\2\3\4\5\6", "formato non gestito"},
+      {"short.webp", "RIFF\1\0", "non è un'immagine"},
+      {"huge.png", PngHeaderOnly(60000, 60000), "troppo grande: 60000×60000"},
   };
-  const char* const causes[] = {
-      "file danneggiato",  "file danneggiato",    "non è un'immagine",         "non è un'immagine",
-      "non è un'immagine", "formato non gestito", "troppo grande: 60000×60000"};
-  for (size_t i = 0; i < std::size(rows); ++i) {
-    tree_->Write("src/" + rows[i].first, rows[i].second);
-    copies.push_back(Copy(rows[i].first));
-    expected.push_back(rows[i].first + " > web/" + rows[i].first + ": " + causes[i]);
+  for (const auto& [name, bytes, cause] : rows) {
+    tree_->Write("src/" + name, bytes);
+    copies.push_back(Copy(name));
+    expected.push_back(name + " > web/" + name + ": " + cause);
   }
   // A source gone before the pass, and a size folder that a file stands for.
   copies.push_back(Copy("gone.jpg"));
