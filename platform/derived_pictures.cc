@@ -88,11 +88,17 @@ uint32_t Little32(std::string_view bytes, size_t at) {
   return value;
 }
 
+uint32_t Big32(std::string_view bytes, size_t at) {
+  uint32_t value = 0;
+  for (size_t i = 0; i < 4; ++i) value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
+  return value;
+}
+
 // True when a picture of `kind` that its decoder refused ends before its
 // format's end: it lacks the end mark that a whole one has, or is shorter
-// than its header says. A TIFF has neither, so the decoder's words on it
-// (`error`) are heard too.
-bool LooksCut(int fd, Kind kind, std::string_view error) {
+// than its header says. Only the file is asked: libvips' error text is
+// shared by all threads, and another worker may have cleared it.
+bool LooksCut(int fd, Kind kind) {
   struct stat st;
   if (::fstat(fd, &st) != 0) return false;
   const off_t size = st.st_size, tail_size = std::min<off_t>(size, 4096);
@@ -112,11 +118,8 @@ bool LooksCut(int fd, Kind kind, std::string_view error) {
       return int64_t{Little32(head, 4)} + 8 > size;
     case Kind::kBmp:
       return int64_t{Little32(head, 2)} > size;
-    case Kind::kTiff:
-      // The first directory past the end, or a strip cut short.
-      if (head[0] == 'I' && int64_t{Little32(head, 4)} + 2 > size) return true;
-      return error.find("Read error") != std::string_view::npos ||
-             error.find("truncated") != std::string_view::npos;
+    case Kind::kTiff:  // the first directory past the end
+      return int64_t{head[0] == 'I' ? Little32(head, 4) : Big32(head, 4)} + 2 > size;
   }
   return false;
 }
@@ -144,7 +147,7 @@ class SourcePicture {
       if (!kind && announced == Kind::kBmp) kind = Kind::kBmp;
       if (!kind) {
         vips_error_clear();
-        if (announced) return Damaged(*announced, "");
+        if (announced) return Damaged(*announced);
         cause_ = loader ? "formato non gestito" : "non è un'immagine";
         return false;
       }
@@ -171,9 +174,9 @@ class SourcePicture {
       to_srgb_ = header.get_typeof(VIPS_META_ICC_NAME) != 0 ||
                  header.interpretation() == VIPS_INTERPRETATION_CMYK;
       return true;
-    } catch (const std::exception& error) {
+    } catch (const std::exception&) {
       vips_error_clear();
-      return Damaged(announced.value_or(kind_), error.what());
+      return Damaged(announced.value_or(kind_));
     }
   }
 
@@ -217,17 +220,11 @@ class SourcePicture {
       std::optional<std::string> saved = Save(image, jpeg);
       if (!saved) cause_ = "riduzione non riuscita";
       return saved;
-    } catch (const std::exception& error) {
+    } catch (const std::exception&) {
       vips_error_clear();
-      Damaged(kind_, error.what());
+      Damaged(kind_);
       return std::nullopt;
     }
-  }
-
-  // Lets go of the source and of what was decoded of it.
-  void Close() {
-    decoded_.reset();
-    source_.reset();
   }
 
  private:
@@ -304,8 +301,8 @@ class SourcePicture {
     return bytes;
   }
 
-  bool Damaged(Kind kind, std::string_view error) {
-    cause_ = LooksCut(fd_, kind, error) ? "file troncato" : "file danneggiato";
+  bool Damaged(Kind kind) {
+    cause_ = LooksCut(fd_, kind) ? "file troncato" : "file danneggiato";
     return false;
   }
 
@@ -449,6 +446,27 @@ void Plan(Job* job, Album* album, const CopyRecord& copy, const std::vector<Deri
   }
 }
 
+// The decoded memory a picture was let in with, given back when this goes.
+// Declared before the picture, it goes after it, once its memory is free.
+class Admitted {
+ public:
+  Admitted() = default;
+  Admitted(const Admitted&) = delete;
+  Admitted& operator=(const Admitted&) = delete;
+  ~Admitted() {
+    if (gate_) gate_->Release(cost_);
+  }
+  void Admit(MemoryGate* gate, int64_t cost) {
+    gate->Admit(cost);
+    gate_ = gate;
+    cost_ = cost;
+  }
+
+ private:
+  MemoryGate* gate_ = nullptr;
+  int64_t cost_ = 0;
+};
+
 // Makes the planned sizes of one picture once `gate` lets its decoded memory
 // in. Runs on a worker thread and touches nothing but the job.
 void Make(Job* job, const Album& album, const CopyRecord& copy,
@@ -466,11 +484,12 @@ void Make(Job* job, const Album& album, const CopyRecord& copy,
   // Largest first, so that the smaller sizes are scaled from it.
   std::stable_sort(job->sizes.begin(), job->sizes.end(),
                    [&](size_t a, size_t b) { return sizes[a].pixels > sizes[b].pixels; });
+  Admitted admitted;
   SourcePicture picture;
   bool scalable = vips_ready && picture.Open(fd.get(), copy.source);
   if (scalable) {
     job->cost = picture.Cost(sizes[job->sizes.front()].pixels, job->sizes.size() > 1);
-    gate->Admit(job->cost);
+    admitted.Admit(gate, job->cost);
   }
   for (size_t s : job->sizes) {
     std::optional<std::string> scaled;
@@ -497,8 +516,6 @@ void Make(Job* job, const Album& album, const CopyRecord& copy,
                                      ToLower(copy.source), st.st_size, Nanoseconds(st.st_mtim),
                                      written.st_size, Nanoseconds(written.st_mtim), !scaled, why});
   }
-  picture.Close();
-  if (scalable) gate->Release(job->cost);
 }
 
 void Report(Problems* problems, std::vector<DeriveProblem>* out) {

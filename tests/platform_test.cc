@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <filesystem>
 #include <map>
@@ -18,6 +19,7 @@
 
 #include "platform/case_fold.h"
 #include "platform/derived_memory.h"
+#include "platform/derived_pass.h"
 #include "platform/derived_pictures.h"
 #include "platform/derived_record.h"
 #include "platform/failure.h"
@@ -352,6 +354,69 @@ TEST_F(DerivedPicturesTest, PlainCopiesAndFailuresNameTheirCause) {
   failed.insert(failed.end(), {"gone.jpg > web/gone.jpg: sorgente mancante",
                                "gone.jpg > mini/gone.jpg: cartella non creata"});
   EXPECT_EQ(Told(outcome.failed), failed);
+}
+
+TEST_F(DerivedPicturesTest, JpegAndWebpAreSavedAtTheirQuality) {
+  // Encoded again at its own quality a picture keeps about its size; at
+  // libvips' default (75) it would not.
+  for (const auto& [name, quality] : {std::pair("grain.jpg", 82), std::pair("grain.webp", 80)}) {
+    DerivePictures({Place(name, Grain(300, 200), "[Q=95]")}, {{"web", 150}}, false, nullptr);
+    const vips::VImage made = Load(Derived(std::string("web/") + name));
+    const double size = tree_->Read("site/dir_0001/web/" + std::string(name)).size();
+    auto again = [&](int q) {
+      void* bytes = nullptr;
+      size_t length = 0;
+      made.write_to_buffer(std::string(name).substr(5).c_str(), &bytes, &length,
+                           vips::VImage::option()->set("Q", q)->set("strip", true));
+      g_free(bytes);
+      return std::abs(double(length) - size);
+    };
+    EXPECT_LT(again(quality), again(75)) << name;
+  }
+}
+
+TEST(DerivedPassTest, OnlyCopiesOfEntriesGetSizesAndEachPhotoIsNamedOncePerCause) {
+  test::TempTree tree;
+  tree.Write("Foto/testo.jpg", "non è una foto");
+  Painted(90, 60, kOrange).write_to_file(tree.Path("Foto/a.jpg").c_str());
+  HostFileSystem fs({{'C', tree.root().string(), false}});
+  // The copy of a list entry is dir_nnnn\img_nnn.ext, in any case; the
+  // build's other copies (assets, site files) get no sizes.
+  const std::pair<const char*, bool> targets[] = {
+      {"dir_0001\\img_001.jpg", true},   {"DIR_0002\\IMG_009.JPG", true},
+      {"dir_0001\\img_0012.jpg", false}, {"dir_0001\\img_01.jpg", false},
+      {"dir_0001\\img_0a1.jpg", false},  {"dir_0001\\ima_001.jpg", false},
+      {"dir_0001\\img_001", false},      {"dir_001\\img_001.jpg", false},
+      {"dir_00012\\img_001.jpg", false}, {"dir_00a1\\img_001.jpg", false},
+      {"dor_0001\\img_001.jpg", false},  {"img_001.jpg", false},
+      {"dir_0001\\puls_sx3.jpg", false}};
+  auto slashed = [](std::string path) {
+    std::replace(path.begin(), path.end(), '\\', '/');
+    return "Sito/" + path;
+  };
+  for (const bool sizes : {false, true}) {
+    if (sizes) tree.Write("PROG/DIMENSIONI.TXT", "mini 20\r\nweb 30\r\n");
+    for (const auto& [target, _] : targets) {
+      fs::create_directories(tree.Path(slashed(target)).parent_path());
+      ASSERT_EQ(fs.Copy("C:\\Foto\\a.jpg", std::string("C:\\Sito\\") + target), kOk) << target;
+    }
+    for (const char* target : {"dir_0003\\img_001.jpg", "dir_0003\\img_002.jpg"}) {
+      fs::create_directories(tree.Path("Sito/dir_0003"));
+      ASSERT_EQ(fs.Copy("C:\\Foto\\testo.jpg", std::string("C:\\Sito\\") + target), kOk);
+    }
+    const DerivedPass pass = RunDerivedPass(fs, "C:\\PROG", false, nullptr);
+    // Without the sizes file nothing is made, and its copies are not kept for the next pass.
+    EXPECT_EQ(pass.messages,
+              sizes
+                  ? Names{"Immagini non riducibili, copiate come sono:\rC:\\Foto\\testo.jpg - non "
+                          "è un'immagine"}
+                  : Names{});
+    for (const auto& [target, derived] : targets) {
+      const fs::path copy = tree.Path(slashed(target));
+      EXPECT_EQ(fs::exists(copy.parent_path() / "web" / copy.filename()), sizes && derived)
+          << target;
+    }
+  }
 }
 
 TEST_F(DerivedPicturesTest, MadeFilesHaveTheModeOfAnyNewFile) {
