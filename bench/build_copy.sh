@@ -22,9 +22,13 @@ source bench/lib.sh
 dir=${1:-build-bench}
 vf_build "$dir" vetrina-foto-script vf_templates
 runner=$(realpath "$dir/bin/vetrina-foto-script")
-program=$(realpath "$dir/bin")
 vf_workdir
 cd "$VF_WORK"
+# The template set without its sizes file: this times the build's copies,
+# not the web-size pass (bench/derived.sh does).
+mkdir prog
+cp -r "$(realpath "$OLDPWD/$dir/bin")"/{*.HTM,*.jpg,*.gif,VETRINA-FOTO_DEFAULT} prog/
+program=$PWD/prog
 
 cat >build.txt <<EOF
 drive C c

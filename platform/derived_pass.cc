@@ -1,7 +1,10 @@
 #include "platform/derived_pass.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <set>
+#include <utility>
 
 #include "platform/case_fold.h"
 #include "platform/derived_pictures.h"
@@ -9,6 +12,8 @@
 
 namespace vf {
 namespace {
+
+constexpr size_t kMostBadLines = 20;
 
 // "img_" + three digits + "." in any case: the copy of a list entry.
 bool PlaceName(const std::string& name, const char* prefix, size_t digits) {
@@ -41,7 +46,8 @@ bool ReadAll(FileSystem& fs, const std::string& path, std::string* text) {
 }  // namespace
 
 DerivedPass RunDerivedPass(HostFileSystem& fs, const std::string& program_folder, bool capitals,
-                           const std::function<bool(size_t, size_t)>& progress) {
+                           const std::function<bool(size_t, size_t)>& progress,
+                           const DeriveOptions& options) {
   DerivedPass pass;
   const std::vector<HostFileSystem::Copied> copied = fs.TakeCopies();
   std::string text;
@@ -51,7 +57,12 @@ DerivedPass RunDerivedPass(HostFileSystem& fs, const std::string& program_folder
   const SizesFile sizes = ParseSizesFile(text);
   if (!sizes.bad_lines.empty()) {
     std::string m = "Righe non valide nel file DIMENSIONI.TXT, non considerate:";
-    for (const std::string& line : sizes.bad_lines) m += "\r" + line;
+    // Each line is cut short already; a file of many bad lines is cut too.
+    const size_t shown = std::min(sizes.bad_lines.size(), kMostBadLines);
+    for (size_t i = 0; i < shown; ++i) m += "\r" + sizes.bad_lines[i];
+    if (shown < sizes.bad_lines.size()) {
+      m += "\r(e altre " + std::to_string(sizes.bad_lines.size() - shown) + " righe)";
+    }
     pass.messages.push_back(m);
   }
   std::vector<CopyRecord> copies;
@@ -59,12 +70,17 @@ DerivedPass RunDerivedPass(HostFileSystem& fs, const std::string& program_folder
     if (CopyOfAnEntry(c.to)) copies.push_back({c.from, c.to});
   }
   if (copies.empty()) return pass;
-  const DeriveOutcome outcome = DerivePictures(copies, sizes.sizes, capitals, progress);
+  const DeriveOutcome outcome = DerivePictures(copies, sizes.sizes, capitals, progress, options);
   pass.stopped = outcome.stopped;
-  auto tell = [&](const char* heading, const std::vector<std::string>& pictures) {
-    if (pictures.empty()) return;
+  // A photo with several sizes is named once for each cause.
+  auto tell = [&](const char* heading, const std::vector<DeriveProblem>& problems) {
+    if (problems.empty()) return;
     std::string m = heading;
-    for (const std::string& host : pictures) m += "\r" + fs.WindowsPath(host).value_or(host);
+    std::set<std::pair<std::string, std::string>> told;
+    for (const DeriveProblem& p : problems) {
+      if (!told.insert({p.source, p.cause}).second) continue;
+      m += "\r" + fs.WindowsPath(p.source).value_or(p.source) + " - " + p.cause;
+    }
     pass.messages.push_back(m);
   };
   tell("Immagini non riducibili, copiate come sono:", outcome.plain_copies);

@@ -1,5 +1,7 @@
 #include "platform/derived_pictures.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +14,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <system_error>
 #include <thread>
@@ -19,6 +22,7 @@
 #include <vips/vips8>
 
 #include "platform/case_fold.h"
+#include "platform/derived_memory.h"
 #include "platform/derived_record.h"
 #include "platform/failure.h"
 #include "platform/host_files.h"
@@ -37,6 +41,11 @@ constexpr int kWebpQuality = 80;
 // small machine's memory.
 constexpr int64_t kMaxStreamedPixels = int64_t{1} << 30;
 constexpr int64_t kMaxWholePixels = 100'000'000;
+// What the whole-picture decoders hold beyond the decoded pixels: a GIF is
+// decoded into a canvas and a frame, a BMP goes through ImageMagick's own
+// 16-bit copy before libvips gets it.
+constexpr int64_t kWholeFactor = 2;
+constexpr int64_t kBmpFactor = 5;
 
 enum class Kind { kJpeg, kPng, kGif, kWebp, kTiff, kBmp };
 
@@ -59,24 +68,88 @@ std::optional<Kind> KindOfLoader(std::string_view loader) {
   return std::nullopt;
 }
 
+// The kind of picture a file's first bytes announce, whether or not the
+// rest can be read.
+std::optional<Kind> KindOfStart(std::string_view start) {
+  if (start.starts_with("\xFF\xD8\xFF")) return Kind::kJpeg;
+  if (start.starts_with("\x89PNG\r\n\x1A\n")) return Kind::kPng;
+  if (start.starts_with("GIF8")) return Kind::kGif;
+  if (start.starts_with("RIFF") && start.size() >= 12 && start.substr(8, 4) == "WEBP") {
+    return Kind::kWebp;
+  }
+  if (start.starts_with("II*") || start.starts_with("MM\0*")) return Kind::kTiff;
+  if (start.starts_with("BM")) return Kind::kBmp;
+  return std::nullopt;
+}
+
+uint32_t Little32(std::string_view bytes, size_t at) {
+  uint32_t value = 0;
+  for (size_t i = 4; i-- > 0;) value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
+  return value;
+}
+
+uint32_t Big32(std::string_view bytes, size_t at) {
+  uint32_t value = 0;
+  for (size_t i = 0; i < 4; ++i) value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
+  return value;
+}
+
+// True when a picture of `kind` that its decoder refused ends before its
+// format's end: it lacks the end mark that a whole one has, or is shorter
+// than its header says. Only the file is asked: libvips' error text is
+// shared by all threads, and another worker may have cleared it.
+bool LooksCut(int fd, Kind kind) {
+  struct stat st;
+  if (::fstat(fd, &st) != 0) return false;
+  const off_t size = st.st_size, tail_size = std::min<off_t>(size, 4096);
+  std::string head(16, '\0'), tail(static_cast<size_t>(tail_size), '\0');
+  if (::pread(fd, head.data(), head.size(), 0) != static_cast<ssize_t>(head.size()) ||
+      ::pread(fd, tail.data(), tail.size(), size - tail_size) != tail_size) {
+    return true;  // shorter than any header
+  }
+  switch (kind) {
+    case Kind::kJpeg:  // the scan's data cannot hold FF D9, the end mark
+      return tail.find("\xFF\xD9") == std::string::npos;
+    case Kind::kPng:
+      return tail.find("IEND") == std::string::npos;
+    case Kind::kGif:
+      return tail.back() != ';';
+    case Kind::kWebp:
+      return int64_t{Little32(head, 4)} + 8 > size;
+    case Kind::kBmp:
+      return int64_t{Little32(head, 2)} > size;
+    case Kind::kTiff:  // the first directory past the end
+      return int64_t{head[0] == 'I' ? Little32(head, 4) : Big32(head, 4)} + 2 > size;
+  }
+  return false;
+}
+
 // One source picture opened for scaling to any number of sizes. Every
-// failure of libvips ends as "cannot be scaled": no exception leaves.
+// failure of libvips ends as "cannot be scaled", with a cause in a few
+// Italian words: no exception leaves, and libvips' own text stays out.
 class SourcePicture {
  public:
   // False when the picture cannot be scaled: not a kind that is derived,
   // unreadable, or too large to decode safely. `fd` stays the caller's.
   bool Open(int fd, const std::string& path) {
+    char first[16] = {};
+    const ssize_t got = ::pread(fd, first, sizeof first, 0);
+    const std::optional<Kind> announced =
+        KindOfStart(std::string_view(first, got > 0 ? static_cast<size_t>(got) : 0));
     try {
       path_ = path;
+      fd_ = fd;
       source_ = vips::VSource::new_from_descriptor(fd);
       const char* loader = vips_foreign_find_load_source(source_->get_source());
       std::optional<Kind> kind = loader ? KindOfLoader(loader) : std::nullopt;
+      // ImageMagick reads BMP, and only from a file; it is trusted with
+      // nothing but what starts as a BMP does.
+      if (!kind && announced == Kind::kBmp) kind = Kind::kBmp;
       if (!kind) {
-        // ImageMagick reads BMP, and only from a file; it is trusted with
-        // nothing but what starts as a BMP does.
-        char magic[2];
-        if (::pread(fd, magic, 2, 0) != 2 || magic[0] != 'B' || magic[1] != 'M') return false;
-        kind = Kind::kBmp;
+        vips_error_clear();
+        if (announced) return Damaged(*announced);
+        cause_ = loader ? "formato non gestito" : "non è un'immagine";
+        return false;
       }
       kind_ = *kind;
       vips::VImage header =
@@ -85,17 +158,43 @@ class SourcePicture {
                     path_.c_str(), vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL))
               : vips::VImage::new_from_source(
                     *source_, "", vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
-      bool streamed = (kind_ == Kind::kJpeg && !Flag(header, "jpeg-multiscan")) ||
-                      (kind_ == Kind::kPng && !Flag(header, "interlaced")) || kind_ == Kind::kWebp;
-      int64_t pixels = int64_t{header.width()} * header.height();
-      if (pixels > (streamed ? kMaxStreamedPixels : kMaxWholePixels)) return false;
+      whole_factor_ = kind_ == Kind::kBmp ? kBmpFactor : kWholeFactor;
+      if ((kind_ == Kind::kJpeg && !Flag(header, "jpeg-multiscan")) ||
+          (kind_ == Kind::kPng && !Flag(header, "interlaced")) || kind_ == Kind::kWebp) {
+        whole_factor_ = 1;
+      }
+      width_ = header.width();
+      height_ = header.height();
+      bands_ = header.bands();
+      band_bytes_ = static_cast<int>(vips_format_sizeof(header.format()));
+      if (width_ * height_ > (whole_factor_ == 1 ? kMaxStreamedPixels : kMaxWholePixels)) {
+        cause_ = "troppo grande: " + std::to_string(width_) + "×" + std::to_string(height_);
+        return false;
+      }
       to_srgb_ = header.get_typeof(VIPS_META_ICC_NAME) != 0 ||
                  header.interpretation() == VIPS_INTERPRETATION_CMYK;
       return true;
     } catch (const std::exception&) {
       vips_error_clear();
-      return false;
+      return Damaged(announced.value_or(kind_));
     }
+  }
+
+  // Why the picture could not be scaled, once Open or Scale failed.
+  const std::string& cause() const { return cause_; }
+
+  // The decoded memory that scaling costs at most: the decoded source (all
+  // of it where the decoder holds the whole picture), and the scaled
+  // picture kept for the smaller sizes when `keeps`.
+  int64_t Cost(int largest, bool keeps) const {
+    int64_t cost = width_ * height_ * bands_ * band_bytes_ * whole_factor_;
+    if (keeps) {
+      const int64_t longest = std::max<int64_t>({width_, height_, 1});
+      const int64_t scale = std::min<int64_t>(largest, longest);
+      cost +=
+          (width_ * scale / longest + 1) * (height_ * scale / longest + 1) * bands_ * band_bytes_;
+    }
+    return cost;
   }
 
   // The picture scaled to fit `pixels` and saved, or nothing when it cannot
@@ -118,9 +217,12 @@ class SourcePicture {
       }
       bool jpeg = kind_ == Kind::kJpeg || kind_ == Kind::kTiff || kind_ == Kind::kBmp;
       if (jpeg) image = ForJpeg(image);
-      return Save(image, jpeg);
+      std::optional<std::string> saved = Save(image, jpeg);
+      if (!saved) cause_ = "riduzione non riuscita";
+      return saved;
     } catch (const std::exception&) {
       vips_error_clear();
+      Damaged(kind_);
       return std::nullopt;
     }
   }
@@ -199,11 +301,19 @@ class SourcePicture {
     return bytes;
   }
 
+  bool Damaged(Kind kind) {
+    cause_ = LooksCut(fd_, kind) ? "file troncato" : "file danneggiato";
+    return false;
+  }
+
   std::string path_;
+  int fd_ = -1;
   std::optional<vips::VSource> source_;
   std::optional<vips::VImage> decoded_;
   Kind kind_ = Kind::kJpeg;
   bool to_srgb_ = false;
+  int64_t width_ = 0, height_ = 0, bands_ = 0, band_bytes_ = 0, whole_factor_ = 1;
+  std::string cause_;
 };
 
 struct Album {
@@ -213,7 +323,10 @@ struct Album {
   std::vector<bool> ready;           // per size: the folder is there to write in
   size_t pending = 0;                // pictures not finished
   bool dirty = false;                // the record changed since it was written
+  int record_failure = kOk;          // of the record's last write
 };
+
+using Problems = std::vector<std::pair<size_t, DeriveProblem>>;  // by size
 
 struct Job {
   size_t copy = 0;
@@ -222,8 +335,9 @@ struct Job {
   std::vector<size_t> sizes;  // the sizes to make
   // Filled by the worker that makes the job, read once it is reported.
   std::vector<DerivedEntry> made;
-  std::vector<std::pair<size_t, std::string>> plain;
-  std::vector<std::pair<size_t, std::string>> failed;
+  Problems plain;
+  Problems failed;
+  int64_t cost = 0;  // the decoded memory it was let in with
 };
 
 bool IsRealFolder(const std::string& path) {
@@ -231,9 +345,11 @@ bool IsRealFolder(const std::string& path) {
   return ::lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
-bool IsPlainFile(const std::string& path) {
-  struct stat st;
-  return ::lstat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
+// A few words on why a file could not be written, from its failure number.
+std::string WriteCause(int failure) {
+  if (failure == kDiscoPieno) return "disco pieno";
+  if (failure == kPercorsoNonTrovato) return "cartella mancante";
+  return "scrittura non riuscita";
 }
 
 // Makes <album>/<wanted> a folder to write in: the one there, the same in
@@ -253,10 +369,11 @@ bool PrepareSizeFolder(const std::string& album, const std::string& wanted) {
       other_case = name;
     }
   }
+  // A failed rename or mkdir shows in the check below.
   if (!exact && !other_case.empty()) {
-    std::rename((album + "/" + other_case).c_str(), path.c_str());
+    (void)std::rename((album + "/" + other_case).c_str(), path.c_str());
   } else if (!exact) {
-    ::mkdir(path.c_str(), 0755);
+    (void)::mkdir(path.c_str(), 0777);
   }
   if (!IsRealFolder(path)) return false;
   for (fs::directory_iterator it(path, error), end; !error && it != end; it.increment(error)) {
@@ -278,6 +395,14 @@ int64_t Nanoseconds(const decltype(stat::st_mtim)& time) {
   return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
 
+// True when the derived picture is the file the record says this program
+// wrote: anyone else's write or touch changes its size or time.
+bool AsWritten(const std::string& derived, const DerivedEntry& entry) {
+  struct stat st;
+  return ::lstat(derived.c_str(), &st) == 0 && S_ISREG(st.st_mode) &&
+         st.st_size == entry.made_bytes && Nanoseconds(st.st_mtim) == entry.made_mtime_ns;
+}
+
 // Decides which sizes of the job must be made. A derived picture that its
 // record shows up to date stays, renamed when only the case of its name
 // changed; the record forgets the others before they are remade, so that a
@@ -290,7 +415,7 @@ void Plan(Job* job, Album* album, const CopyRecord& copy, const std::vector<Deri
     std::string folder = album->path + "/" + album->folders[s];
     std::string derived = folder + "/" + job->name;
     if (!album->ready[s]) {
-      job->failed.emplace_back(s, derived);
+      job->failed.push_back({s, {copy.source, derived, "cartella non creata"}});
       continue;
     }
     const DerivedEntry* found = album->record.Find(album->folders[s], job->name);
@@ -301,17 +426,17 @@ void Plan(Job* job, Album* album, const CopyRecord& copy, const std::vector<Deri
     DerivedEntry entry = *found;
     if (have_source && entry.pixels == sizes[s].pixels && entry.source == source_key &&
         entry.bytes == st.st_size && entry.mtime_ns == Nanoseconds(st.st_mtim)) {
-      if (entry.copy_name != job->name) {
-        std::rename((folder + "/" + entry.copy_name).c_str(), derived.c_str());
-      }
-      if (IsPlainFile(derived)) {
+      const std::string was = folder + "/" + entry.copy_name;
+      const bool named =
+          entry.copy_name == job->name || std::rename(was.c_str(), derived.c_str()) == 0;
+      if (named && AsWritten(derived, entry)) {
         if (entry.folder != album->folders[s] || entry.copy_name != job->name) {
           entry.folder = album->folders[s];
           entry.copy_name = job->name;
           album->record.Put(entry);
           album->dirty = true;
         }
-        if (entry.plain) job->plain.emplace_back(s, derived);
+        if (entry.plain) job->plain.push_back({s, {copy.source, derived, entry.cause}});
         continue;
       }
     }
@@ -321,46 +446,99 @@ void Plan(Job* job, Album* album, const CopyRecord& copy, const std::vector<Deri
   }
 }
 
-// Makes the planned sizes of one picture. Runs on a worker thread and
-// touches nothing but the job.
+// The decoded memory a picture was let in with, given back when this goes.
+// Declared before the picture, it goes after it, once its memory is free.
+class Admitted {
+ public:
+  Admitted() = default;
+  Admitted(const Admitted&) = delete;
+  Admitted& operator=(const Admitted&) = delete;
+  ~Admitted() {
+    if (gate_) gate_->Release(cost_);
+  }
+  void Admit(MemoryGate* gate, int64_t cost) {
+    gate->Admit(cost);
+    gate_ = gate;
+    cost_ = cost;
+  }
+
+ private:
+  MemoryGate* gate_ = nullptr;
+  int64_t cost_ = 0;
+};
+
+// Makes the planned sizes of one picture once `gate` lets its decoded memory
+// in. Runs on a worker thread and touches nothing but the job.
 void Make(Job* job, const Album& album, const CopyRecord& copy,
-          const std::vector<DerivedSize>& sizes, bool vips_ready) {
+          const std::vector<DerivedSize>& sizes, bool vips_ready, MemoryGate* gate) {
   if (job->sizes.empty()) return;
   auto derived = [&](size_t s) { return album.path + "/" + album.folders[s] + "/" + job->name; };
   Fd fd;
   struct stat st;
-  if (OpenHostInput(copy.source, &fd) != kOk || ::fstat(fd.get(), &st) != 0) {
-    for (size_t s : job->sizes) job->failed.emplace_back(s, derived(s));
+  if (int failure = OpenHostInput(copy.source, &fd);
+      failure != kOk || ::fstat(fd.get(), &st) != 0) {
+    const char* cause = failure == kFileNonTrovato ? "sorgente mancante" : "sorgente non leggibile";
+    for (size_t s : job->sizes) job->failed.push_back({s, {copy.source, derived(s), cause}});
     return;
   }
-  SourcePicture picture;
-  bool scalable = vips_ready && picture.Open(fd.get(), copy.source);
   // Largest first, so that the smaller sizes are scaled from it.
   std::stable_sort(job->sizes.begin(), job->sizes.end(),
                    [&](size_t a, size_t b) { return sizes[a].pixels > sizes[b].pixels; });
+  Admitted admitted;
+  SourcePicture picture;
+  bool scalable = vips_ready && picture.Open(fd.get(), copy.source);
+  if (scalable) {
+    job->cost = picture.Cost(sizes[job->sizes.front()].pixels, job->sizes.size() > 1);
+    admitted.Admit(gate, job->cost);
+  }
   for (size_t s : job->sizes) {
     std::optional<std::string> scaled;
     if (scalable) scaled = picture.Scale(sizes[s].pixels, s != job->sizes.back());
     std::string folder = album.path + "/" + album.folders[s];
-    int failure = WriteFileInPlace(folder, job->name, [&](int out) {
-      if (scaled) return WriteAll(out, *scaled);
-      if (::lseek(fd.get(), 0, SEEK_SET) != 0) return static_cast<int>(kErroreAccesso);
-      return CopyHostData(fd.get(), out);
-    });
+    struct stat written;
+    int failure = WriteFileInPlace(
+        folder, job->name,
+        [&](int out) {
+          if (scaled) return WriteAll(out, *scaled);
+          if (::lseek(fd.get(), 0, SEEK_SET) != 0) return static_cast<int>(kErroreAccesso);
+          return CopyHostData(fd.get(), out);
+        },
+        &written);
     if (failure != kOk) {
-      job->failed.emplace_back(s, derived(s));
+      job->failed.push_back({s, {copy.source, derived(s), WriteCause(failure)}});
       continue;
     }
-    if (!scaled) job->plain.emplace_back(s, derived(s));
+    const std::string why = scaled       ? std::string()
+                            : vips_ready ? picture.cause()
+                                         : "riduzione non disponibile";
+    if (!scaled) job->plain.push_back({s, {copy.source, derived(s), why}});
     job->made.push_back(DerivedEntry{album.folders[s], sizes[s].pixels, job->name,
                                      ToLower(copy.source), st.st_size, Nanoseconds(st.st_mtim),
-                                     !scaled});
+                                     written.st_size, Nanoseconds(written.st_mtim), !scaled, why});
   }
 }
 
-void Report(std::vector<std::pair<size_t, std::string>>* paths, std::vector<std::string>* out) {
-  std::sort(paths->begin(), paths->end());
-  for (auto& [size, path] : *paths) out->push_back(std::move(path));
+void Report(Problems* problems, std::vector<DeriveProblem>* out) {
+  std::stable_sort(problems->begin(), problems->end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (auto& [size, problem] : *problems) out->push_back(std::move(problem));
+}
+
+// Takes an exclusive lock on each folder, in sorted order so that two
+// passes never hold one each and wait for the other's. A folder that cannot
+// be opened or locked is passed over: the lock only keeps passes apart.
+std::vector<Fd> LockFolders(const std::set<std::string>& folders) {
+  std::vector<Fd> held;
+  for (const std::string& folder : folders) {
+    Fd fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!fd.valid()) continue;
+    int locked;
+    do {
+      locked = ::flock(fd.get(), LOCK_EX);
+    } while (locked != 0 && errno == EINTR);
+    if (locked == 0) held.push_back(std::move(fd));
+  }
+  return held;
 }
 
 }  // namespace
@@ -380,7 +558,8 @@ bool IsDerivablePicture(const std::string& path) {
 
 DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
                              const std::vector<DerivedSize>& all_sizes, bool capitals,
-                             const std::function<bool(size_t, size_t)>& progress) {
+                             const std::function<bool(size_t, size_t)>& progress,
+                             const DeriveOptions& options) {
   DeriveOutcome outcome;
   std::vector<DerivedSize> sizes;
   for (const DerivedSize& size : all_sizes) {
@@ -393,51 +572,64 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
     }
   }
   if (sizes.empty()) return outcome;
+
+  // The album folder of each copy that gets derived pictures, or nothing.
+  std::vector<std::optional<std::string>> album_of(copies.size());
+  std::set<std::string> sites;
+  for (size_t i = 0; i < copies.size(); ++i) {
+    const std::string& copy = copies[i].copy;
+    const size_t slash = copy.rfind('/');
+    if (!IsDerivablePicture(copies[i].source) || slash == std::string::npos ||
+        slash + 1 == copy.size()) {
+      continue;
+    }
+    album_of[i] = copy.substr(0, slash);
+    const std::string site = fs::path(*album_of[i]).parent_path().string();
+    sites.insert(site.empty() ? "." : site);
+  }
+  if (sites.empty()) return outcome;
+  const std::vector<Fd> locks = LockFolders(sites);
   bool vips_ready = VIPS_INIT("vetrina-foto") == 0;
 
   std::vector<Album> albums;
   std::vector<Job> jobs;
   for (size_t i = 0; i < copies.size(); ++i) {
-    const CopyRecord& copy = copies[i];
-    size_t slash = copy.copy.rfind('/');
-    if (!IsDerivablePicture(copy.source) || slash == std::string::npos ||
-        slash + 1 == copy.copy.size()) {
-      continue;
-    }
-    std::string album_path = copy.copy.substr(0, slash);
+    if (!album_of[i]) continue;
     auto album = std::find_if(albums.begin(), albums.end(),
-                              [&](const Album& a) { return a.path == album_path; });
+                              [&](const Album& a) { return a.path == *album_of[i]; });
     if (album == albums.end()) {
-      albums.emplace_back().path = album_path;
+      albums.emplace_back().path = *album_of[i];
       PrepareAlbum(&albums.back(), sizes, capitals);
       album = albums.end() - 1;
     }
     Job job;
     job.copy = i;
     job.album = static_cast<size_t>(album - albums.begin());
-    job.name = copy.copy.substr(slash + 1);
-    Plan(&job, &*album, copy, sizes);
+    job.name = copies[i].copy.substr(album_of[i]->size() + 1);
+    Plan(&job, &*album, copies[i], sizes);
     ++album->pending;
     jobs.push_back(std::move(job));
   }
   for (Album& album : albums) {
-    if (album.dirty) album.record.Write(album.path);
+    if (album.dirty) album.record_failure = album.record.Write(album.path);
     album.dirty = false;
   }
 
+  MemoryGate gate(options.memory_budget > 0 ? options.memory_budget : DefaultDecodeBudget());
   std::mutex mutex;
   std::condition_variable changed;
   std::vector<size_t> finished;
   std::atomic<size_t> next = 0;
   std::atomic<bool> stop = false;
-  const size_t threads =
-      std::min<size_t>(std::max(1u, std::thread::hardware_concurrency()), jobs.size());
+  const size_t wanted =
+      options.workers > 0 ? options.workers : std::max(1u, std::thread::hardware_concurrency());
+  const size_t threads = std::min(wanted, jobs.size());
   size_t running = threads;  // guarded by `mutex`
   auto work = [&] {
     while (!stop) {
       size_t i = next++;
       if (i >= jobs.size()) break;
-      Make(&jobs[i], albums[jobs[i].album], copies[jobs[i].copy], sizes, vips_ready);
+      Make(&jobs[i], albums[jobs[i].album], copies[jobs[i].copy], sizes, vips_ready, &gate);
       std::lock_guard lock(mutex);
       finished.push_back(i);
       changed.notify_one();
@@ -475,7 +667,7 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
       for (DerivedEntry& entry : jobs[i].made) album.record.Put(std::move(entry));
       album.dirty = album.dirty || !jobs[i].made.empty();
       if (--album.pending == 0 && album.dirty) {
-        album.record.Write(album.path);
+        album.record_failure = album.record.Write(album.path);
         album.dirty = false;
       }
       ++done;
@@ -486,7 +678,7 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
   lock.unlock();
   workers.clear();
   for (Album& album : albums) {
-    if (album.dirty) album.record.Write(album.path);
+    if (album.dirty) album.record_failure = album.record.Write(album.path);
   }
   // What libvips' cache keeps of the pass (open sources, decoded tiles) is
   // of no use to the next: emptying it closes the files now.
@@ -499,7 +691,17 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
   for (Job& job : jobs) {
     Report(&job.plain, &outcome.plain_copies);
     Report(&job.failed, &outcome.failed);
+    outcome.largest_cost = std::max(outcome.largest_cost, job.cost);
   }
+  // A record that could not be written costs nothing but time: the next
+  // build makes its pictures again. It is told all the same.
+  for (const Album& album : albums) {
+    if (album.record_failure == kOk) continue;
+    outcome.failed.push_back(
+        {album.path, album.path + "/" + std::string(DerivedRecord::kFileName),
+         "registro delle immagini ridotte non scritto: " + WriteCause(album.record_failure)});
+  }
+  outcome.peak_cost = gate.peak();
   outcome.stopped = stop;
   return outcome;
 }

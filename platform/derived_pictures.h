@@ -2,6 +2,7 @@
 #define VF_PLATFORM_DERIVED_PICTURES_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -22,21 +23,47 @@ struct CopyRecord {
   std::string copy;
 };
 
-// What a pass left to tell the user. Paths are those of derived pictures, in
-// the order of the copies and then of the sizes.
+// A picture the pass could not make as asked, and why.
+struct DeriveProblem {
+  // The source picture (a host path); for a record that could not be
+  // written, the album folder.
+  std::string source;
+  std::string derived;  // the derived picture (or the record) concerned
+  // A few Italian words: "file troncato", "non è un'immagine",
+  // "troppo grande: 60000×60000", "disco pieno", "sorgente mancante"...
+  std::string cause;
+};
+
+// What a pass left to tell the user, in the order of the copies and then of
+// the sizes.
 struct DeriveOutcome {
   // Derived pictures that are a plain byte copy of their source, since it
-  // could not be read or scaled (a damaged file, a file that is no picture,
-  // one too large to decode safely: over 100 million pixels where the
-  // decoder holds the whole picture, as for GIF, BMP, TIFF, progressive JPEG
-  // and interlaced PNG). Their links work all the same.
-  std::vector<std::string> plain_copies;
-  // Derived pictures that could not be written at all: the source is gone,
-  // the disk is full, a file stands where the size folder should be.
-  std::vector<std::string> failed;
+  // could not be read or scaled: a damaged or cut file, a file that is no
+  // picture or of a kind not derived, one too large to decode safely (over
+  // 100 million pixels where the decoder holds the whole picture, as for
+  // GIF, BMP, TIFF, progressive JPEG and interlaced PNG). Their links work
+  // all the same.
+  std::vector<DeriveProblem> plain_copies;
+  // Derived pictures that could not be written at all (the source is gone,
+  // the disk is full, a file stands where the size folder should be), and
+  // after them the album folders whose record could not be written.
+  std::vector<DeriveProblem> failed;
   // The progress callback asked to stop; the pictures not reached are left
   // as they were.
   bool stopped = false;
+  // The most decoded memory, in bytes, that one picture was estimated to
+  // need, and that the pictures in work held at once.
+  int64_t largest_cost = 0;
+  int64_t peak_cost = 0;
+};
+
+// How a pass uses the machine.
+struct DeriveOptions {
+  // Pictures made at once; 0 for one per core.
+  size_t workers = 0;
+  // Decoded memory, in bytes, that the pictures in work may hold together;
+  // 0 for DefaultDecodeBudget() (platform/derived_memory.h).
+  int64_t memory_budget = 0;
 };
 
 // True when `folder` may name a size folder: not empty, no "/" or "\" or NUL
@@ -69,21 +96,34 @@ bool IsDerivablePicture(const std::string& path);
 // outside the size folders but the record of each album folder (see
 // platform/derived_record.h). A derived picture whose source (its path
 // ignoring case, its size and its modification time) and pixels are those
-// the record holds is kept as it is, file and time; when only the case of
-// its folder or name changed, they are renamed.
+// the record holds, and which is itself as the record says it was written
+// (its size and modification time), is kept as it is, file and time; when
+// only the case of its folder or name changed, they are renamed. A derived
+// picture that anyone else changed is made again.
 //
 // `progress(done, total)` is called on the caller's thread after each
 // picture with all its sizes, `total` being the number of derivable copies;
 // when it returns false the pass stops after the pictures in hand. The
-// pictures are made by as many threads as there are cores. Every failure is
-// reported in the outcome: nothing is thrown.
+// pictures are made by `options.workers` threads, and a picture starts only
+// when the decoded memory it is estimated to need (its pixels, bands and
+// bytes per band, more for the decoders that hold the whole picture) fits
+// beside the pictures in work within `options.memory_budget`; a picture
+// that alone exceeds the budget is made alone. Every failure is reported in
+// the outcome: nothing is thrown.
+//
+// One pass at a time works in a site: the pass holds an exclusive flock on
+// each folder that holds its album folders (the site's folder), opened
+// read-only, from before it reads the records until it has written them; a
+// second pass into the same site waits meanwhile. A folder that cannot be
+// locked is worked in all the same. No file is added to the site for this.
 //
 // libvips is started on the first call and stays; its operation cache is
 // emptied when a pass ends, so no source stays open. Its warnings about
 // damaged pictures go to the standard error through GLib's log.
 DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
                              const std::vector<DerivedSize>& sizes, bool capitals,
-                             const std::function<bool(size_t, size_t)>& progress);
+                             const std::function<bool(size_t, size_t)>& progress,
+                             const DeriveOptions& options = {});
 
 }  // namespace vf
 

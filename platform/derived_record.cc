@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -17,7 +18,7 @@
 namespace vf {
 namespace {
 
-constexpr std::string_view kFirstLine = "vetrina-derivate 1";
+constexpr std::string_view kFirstLine = "vetrina-derivate 2";
 
 std::string Key(std::string_view folder, std::string_view copy_name) {
   std::string key = ToLower(folder);
@@ -95,17 +96,18 @@ std::vector<std::string_view> SplitFields(std::string_view line) {
 
 bool ParseLine(std::string_view line, DerivedEntry* entry) {
   std::vector<std::string_view> fields = SplitFields(line);
-  if (fields.size() != 7) return false;
+  if (fields.size() != 10) return false;
   if (!Unescape(fields[0], &entry->folder) || !Unescape(fields[2], &entry->copy_name) ||
-      !Unescape(fields[3], &entry->source)) {
+      !Unescape(fields[3], &entry->source) || !Unescape(fields[9], &entry->cause)) {
     return false;
   }
   if (!ReadNumber(fields[1], &entry->pixels) || !ReadNumber(fields[4], &entry->bytes) ||
-      !ReadNumber(fields[5], &entry->mtime_ns)) {
+      !ReadNumber(fields[5], &entry->mtime_ns) || !ReadNumber(fields[6], &entry->made_bytes) ||
+      !ReadNumber(fields[7], &entry->made_mtime_ns)) {
     return false;
   }
-  if (fields[6] != "s" && fields[6] != "c") return false;
-  entry->plain = fields[6] == "c";
+  if (fields[8] != "s" && fields[8] != "c") return false;
+  entry->plain = fields[8] == "c";
   // A name is one step inside the album folder; anything else is not one
   // this program wrote, and must not lead a rename elsewhere.
   auto one_step = [](const std::string& name) {
@@ -117,12 +119,24 @@ bool ParseLine(std::string_view line, DerivedEntry* entry) {
 }  // namespace
 
 int WriteFileInPlace(const std::string& folder, const std::string& name,
-                     const std::function<int(int)>& fill) {
-  std::string temporary = folder + "/" + std::string(kDerivedTemporaryPrefix) + "XXXXXX";
-  Fd fd(::mkostemp(temporary.data(), O_CLOEXEC));
+                     const std::function<int(int)>& fill, struct stat* written) {
+  // Not mkstemp: its file is 0600, and a rename keeps the mode. Created with
+  // 0666 the file gets what the umask leaves, as any other new file.
+  static constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
+  std::random_device random;
+  std::string temporary;
+  Fd fd;
+  for (int attempt = 0; attempt < 100 && !fd.valid(); ++attempt) {
+    temporary = folder + "/" + std::string(kDerivedTemporaryPrefix);
+    for (int i = 0; i < 8; ++i) temporary += kLetters[random() % (sizeof kLetters - 1)];
+    fd = Fd(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+    if (!fd.valid() && errno != EEXIST) break;
+  }
   if (!fd.valid()) return FailureFromErrno(errno);
   int failure = fill(fd.get());
-  if (failure == kOk && ::fchmod(fd.get(), 0644) != 0) failure = FailureFromErrno(errno);
+  if (failure == kOk && written && ::fstat(fd.get(), written) != 0) {
+    failure = FailureFromErrno(errno);
+  }
   int closed = fd.Close();
   if (failure == kOk) failure = closed;
   if (failure == kOk && std::rename(temporary.c_str(), (folder + "/" + name).c_str()) != 0) {
@@ -182,8 +196,12 @@ std::string DerivedRecord::Text() const {
     AppendEscaped(&text, entry.copy_name);
     text += '\t';
     AppendEscaped(&text, entry.source);
-    text += '\t' + std::to_string(entry.bytes) + '\t' + std::to_string(entry.mtime_ns);
-    text += entry.plain ? "\tc\n" : "\ts\n";
+    for (int64_t number : {entry.bytes, entry.mtime_ns, entry.made_bytes, entry.made_mtime_ns}) {
+      text += '\t' + std::to_string(number);
+    }
+    text += entry.plain ? "\tc\t" : "\ts\t";
+    AppendEscaped(&text, entry.cause);
+    text += '\n';
   }
   return text;
 }

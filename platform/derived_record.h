@@ -1,6 +1,8 @@
 #ifndef VF_PLATFORM_DERIVED_RECORD_H_
 #define VF_PLATFORM_DERIVED_RECORD_H_
 
+#include <sys/stat.h>
+
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -18,10 +20,11 @@ inline constexpr std::string_view kDerivedTemporaryPrefix = ".derivate-";
 // returns kOk; only then is the file renamed into place, so the name shows
 // the old content or the new one and never a part. On a failure the
 // temporary file is removed. The failure number (platform/failure.h) of what
-// went wrong, or `fill`'s, kOk on success. The file is readable by all (0644),
-// as a web server needs.
+// went wrong, or `fill`'s, kOk on success. The file gets the mode any new
+// file gets (0666 less the umask), so a web server can read it. With
+// `written`, the file's status as written is stored there on success.
 int WriteFileInPlace(const std::string& folder, const std::string& name,
-                     const std::function<int(int)>& fill);
+                     const std::function<int(int)>& fill, struct stat* written = nullptr);
 
 // What made one derived picture of an album folder: enough to tell, at the
 // next build, whether the picture under that name is still the right one.
@@ -32,21 +35,26 @@ struct DerivedEntry {
   std::string source;     // the source's path folded to lower case
   int64_t bytes = 0;      // the source's size
   int64_t mtime_ns = 0;   // the source's modification time, in ns since 1970
-  bool plain = false;     // a byte copy of the source: it could not be scaled
+  // The derived picture as this program wrote it: anyone else's change to
+  // it changes one of these, and the picture is made again.
+  int64_t made_bytes = 0;
+  int64_t made_mtime_ns = 0;
+  bool plain = false;  // a byte copy of the source: it could not be scaled
+  std::string cause;   // for a plain copy, why (see DeriveProblem)
 };
 
 // The record of the derived pictures of one album folder, kept in the hidden
 // file `.derivate` in that folder. It is text: the first line is
-// "vetrina-derivate 1", then one line per derived picture with seven fields
+// "vetrina-derivate 2", then one line per derived picture with ten fields
 // separated by a tab:
 //
-//   folder  pixels  copy_name  source  bytes  mtime_ns  kind
+//   folder pixels copy_name source bytes mtime_ns made_bytes made_mtime_ns kind cause
 //
 // kind is "s" for a scaled picture and "c" for a plain copy. In the text
 // fields a backslash, tab, line feed and carriage return are written as
 // \\ \t \n \r. A line that does not read as such is left out, and a file
-// with another first line is read as empty: the pictures it spoke of are
-// then made again, which is always safe.
+// with another first line (an older record too) is read as empty: the
+// pictures it spoke of are then made again, which is always safe.
 //
 // Entries are found by size folder and copy name ignoring case, so that a
 // build that only changes the case of the names finds what an earlier one

@@ -13,14 +13,17 @@ namespace vf {
 // blanks or tabs; blank lines and lines starting with "#" say nothing.
 struct SizesFile {
   std::vector<DerivedSize> sizes;
-  // Each line that says something but no usable size, as "riga N: TEXT".
+  // Each line that says something but no usable size, as "riga N: TEXT",
+  // the text cut after 80 characters with "…" so that a huge line makes no
+  // huge message.
   std::vector<std::string> bad_lines;
 };
 
 // Reads the file's text (CR LF or LF lines). A line is bad when it does not
 // hold exactly a name and a whole number from 1 to 20000, when the name
-// could lead out of the album folder or is no Windows name, or when an
-// earlier line already names the folder (ignoring case).
+// could lead out of the album folder, is no Windows name or is longer than
+// 64 characters, or when an earlier line already names the folder (ignoring
+// case).
 SizesFile ParseSizesFile(const std::string& text);
 
 }  // namespace vf

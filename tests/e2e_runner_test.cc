@@ -95,12 +95,12 @@ TEST(TemplateSite, TheSizesFileMakesScaledPicturesAndTellsWhatItOnlyCopied) {
   // The pass comes after the site and before the preview question.
   EXPECT_EQ(r.Messages(),
             (Texts{"Righe non valide nel file DIMENSIONI.TXT, non considerate:{CR}riga 3: web 0",
+                   // The user's photos, once each, with the cause.
                    "Immagini non riducibili, copiate come sono:{CR}"
-                   "C:\\sito_web\\dir_0001\\mini\\img_002.jpg{CR}"
-                   "C:\\sito_web\\dir_0001\\web\\img_002.jpg",
-                   "Immagini ridotte non scritte:{CR}C:\\sito_web\\dir_0001\\tiny\\img_001.jpg{CR}"
-                   "C:\\sito_web\\dir_0001\\tiny\\img_002.jpg{CR}"
-                   "C:\\sito_web\\dir_0001\\tiny\\img_004.peg"}));
+                   "C:\\foto\\rotta.jpg - non è un'immagine",
+                   "Immagini ridotte non scritte:{CR}C:\\foto\\a.jpg - cartella non creata{CR}"
+                   "C:\\foto\\rotta.jpg - cartella non creata{CR}"
+                   "C:\\foto\\b.jpeg - cartella non creata"}));
   EXPECT_LT(r.out.find("MSG: Immagini"), r.out.find("ASK: Visualizzo la pagina creata"));
   // Only the size folders and the record are new, and no .txt is in them.
   for (const std::string& name : tree.Tree("c/sito_web")) {

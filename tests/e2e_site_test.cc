@@ -1,12 +1,20 @@
 // The single and the paged build through vetrina-foto-script, on a small
 // template set: pages, albums, links, questions and messages, missing
-// templates, pages that move when their folder cannot be written, and output
-// folders that cannot be reached.
+// templates, pages that move when their folder cannot be written, output
+// folders that cannot be reached, and the web-size pass's messages and lock.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <filesystem>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
+#include <vips/vips8>
 
 #include "tests/support/e2e.h"
 
@@ -432,6 +440,116 @@ TEST(Failures, OutputFoldersThatCannotBeReachedDoNotStopTheBuild) {
                 z + "\\foto\\index.htm\nclick Command1\n",
             home.root(), home.Path("casa").string());
   EXPECT_EQ(home.Read("foto/dir_0001/img_001.jpg"), "A");
+}
+
+// Pictures for the web-size pass: `n` photos of one colour and shape in
+// c/<folder>, and the script lines that add them.
+std::string Photos(const Site& site, const std::string& folder, int n, int width, int height,
+                   const std::vector<double>& colour) {
+  VIPS_INIT("vf_tests");
+  const vips::VImage image =
+      (vips::VImage::black(width, height, vips::VImage::option()->set("bands", 3)) + colour)
+          .cast(VIPS_FORMAT_UCHAR);
+  site.MakeFolder("c/" + folder);
+  std::string adds;
+  for (int i = 1; i <= n; ++i) {
+    const std::string name = "p" + std::to_string(i) + ".jpg";
+    image.write_to_file(site.Path("c/" + folder + "/" + name).c_str());
+    adds += "add C:\\" + folder + "\\" + name + "\n";
+  }
+  return adds + "set txtNUM_FILE " + std::to_string(n) + "\n";
+}
+
+TEST(WebSizes, MessagesNameThePhotoAndTheCauseAndBadLinesStayShort) {
+  Site site;
+  std::string sizes = "mini 40\r\nweb 80\r\n" + std::string(65, 'n') + " 100\r\n";
+  for (int i = 0; i < 21; ++i) sizes += "zero 0\r\n";
+  site.Write("c/PROG/DIMENSIONI.TXT", sizes);
+  std::string adds = Photos(site, "Foto", 1, 60, 40, {200, 120, 40});
+  site.Write("c/Foto/testo.jpg", "non è una foto");
+  const std::string whole = site.Read("c/Foto/p1.jpg");
+  site.Write("c/Foto/rotta.jpg", whole.substr(0, whole.size() / 2));
+  site.Write("c/Sito/dir_0001/web", "a file where the size folder goes");
+  RunResult r = site.Run("add C:\\Foto\\testo.jpg\nadd C:\\Foto\\rotta.jpg\n" + adds +
+                         "set txtNUM_FILE 3\n" + kIndex + "click Command1\n");
+  std::string bad = "Righe non valide nel file DIMENSIONI.TXT, non considerate:{CR}riga 3: " +
+                    std::string(65, 'n') + " 100";
+  for (int line = 4; line <= 22; ++line) bad += "{CR}riga " + std::to_string(line) + ": zero 0";
+  EXPECT_EQ(r.Messages(),
+            (Texts{bad + "{CR}(e altre 2 righe)",
+                   "Immagini non riducibili, copiate come sono:{CR}C:\\Foto\\testo.jpg - non è "
+                   "un'immagine{CR}C:\\Foto\\rotta.jpg - file troncato",
+                   "Immagini ridotte non scritte:{CR}C:\\Foto\\testo.jpg - cartella non "
+                   "creata{CR}C:\\Foto\\rotta.jpg - cartella non creata{CR}C:\\Foto\\p1.jpg - "
+                   "cartella non creata"}));
+  EXPECT_EQ(site.Read("c/Sito/dir_0001/mini/img_001.jpg"), "non è una foto");
+}
+
+// The colour and shape of a derived picture: "orange 60x40".
+std::string Look(const std::filesystem::path& path) {
+  const vips::VImage image = vips::VImage::new_from_file(path.c_str());
+  const std::vector<double> pixel = image.getpoint(image.width() / 2, image.height() / 2);
+  return std::string(pixel[2] > pixel[0] ? "blue " : "orange ") + std::to_string(image.width()) +
+         "x" + std::to_string(image.height());
+}
+
+TEST(WebSizes, TwoBuildsIntoOneSiteAtOnceLeaveEveryPictureRight) {
+  Site site;
+  site.Write("c/PROG/DIMENSIONI.TXT", "web 60\r\n");
+  const std::string start = "drive C c\nprogram C:\\PROG\nstart\n";
+  const std::string build = std::string(kIndex) + "answer yes\nclick Command1\n";
+  const std::string orange = start + Photos(site, "FotoA", 18, 120, 80, {200, 120, 40}) + build;
+  const std::string blue = start + Photos(site, "FotoB", 18, 80, 120, {0, 0, 255}) + build;
+  // Without the sizes file a build takes no lock; with it the build waits
+  // for the pass at work in its site.
+  const std::string sizes = site.Read("c/PROG/DIMENSIONI.TXT");
+  for (const bool with_sizes : {false, true}) {
+    if (with_sizes) {
+      site.Write("c/PROG/DIMENSIONI.TXT", sizes);
+    } else {
+      std::filesystem::remove(site.Path("c/PROG/DIMENSIONI.TXT"));
+    }
+    const int held = ::open(site.Path("c/Sito").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(::flock(held, LOCK_EX), 0);
+    std::atomic<bool> done = false;
+    std::thread run([&] {
+      RunScript(orange, site.root());
+      done = true;
+    });
+    for (int i = 0; i < 100 && !done; ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(done, !with_sizes);
+    ::close(held);
+    run.join();
+  }
+  // Two builds at once, of other photos into the same albums: each derived
+  // picture is that of the source its album's record names.
+  std::thread other([&] { RunScript(blue, site.root()); });
+  RunScript(orange, site.root());
+  other.join();
+  auto check = [&site](const std::string& only) {
+    for (const char* album : {"dir_0001", "dir_0002"}) {
+      std::istringstream record(site.Read("c/Sito/" + std::string(album) + "/.derivate"));
+      std::string line;
+      std::getline(record, line);
+      int entries = 0;
+      for (; std::getline(record, line); ++entries) {
+        std::vector<std::string> fields;
+        for (std::istringstream split(line); std::getline(split, fields.emplace_back(), '\t');) {
+        }
+        const std::string look =
+            fields[3].find("/fotob/") != std::string::npos ? "blue 40x60" : "orange 60x40";
+        EXPECT_EQ(Look(site.Path("c/Sito/" + std::string(album) + "/web/" + fields[2])), look)
+            << line;
+        EXPECT_TRUE(only.empty() || look == only) << line;
+      }
+      EXPECT_EQ(entries, 9) << album;
+    }
+  };
+  check("");
+  // And a build after them makes every picture right again.
+  RunScript(orange, site.root());
+  check("orange 60x40");
 }
 
 }  // namespace

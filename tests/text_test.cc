@@ -101,5 +101,25 @@ TEST(Text, SizesFileLinesGiveSizesAndBadOnesAreNamed) {
                 "riga 18: solo", "riga 19: tre parole 300", "riga 20: 300"}));
 }
 
+TEST(Text, SizeFolderNamesHaveAtMost64CharactersAndBadLinesAreCut) {
+  auto repeat = [](const std::string& piece, size_t n) {
+    std::string text;
+    for (size_t i = 0; i < n; ++i) text += piece;
+    return text;
+  };
+  const std::string a64 = repeat("a", 64), e64 = repeat("è", 64);
+  const SizesFile f = ParseSizesFile(a64 + " 100\n" + e64 + " 200\n" + repeat("b", 65) + " 300\n" +
+                                     repeat("é", 65) + " 400\n" + repeat("x", 100000) + " 500\n" +
+                                     "z " + repeat("9", 78) + "\n" + "y " + repeat("à", 79) + "\n");
+  ASSERT_EQ(f.sizes.size(), 2u);
+  EXPECT_EQ(f.sizes[0].folder + f.sizes[1].folder, a64 + e64);
+  // A line is shown whole up to 80 characters, else its first 80 and "…".
+  EXPECT_EQ(f.bad_lines,
+            (std::vector<std::string>{
+                "riga 3: " + repeat("b", 65) + " 300", "riga 4: " + repeat("é", 65) + " 400",
+                "riga 5: " + repeat("x", 80) + "…", "riga 6: z " + repeat("9", 78),
+                "riga 7: y " + repeat("à", 78) + "…"}));
+}
+
 }  // namespace
 }  // namespace vf
