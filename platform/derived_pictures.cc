@@ -652,7 +652,7 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
       break;
     }
   }
-  if (workers.empty() && threads > 0) work();
+  if (workers.empty()) work();  // there is a job: `sites` was not empty
 
   // The records, the outcome and the callback stay on this thread.
   size_t done = 0;

@@ -334,6 +334,9 @@ TEST_F(DerivedPicturesTest, PlainCopiesAndFailuresNameTheirCause) {
       {"xm.bmp", "xM non è una foto, solo testo\n", "non è un'immagine"},
       {"pixmap.jpg", "P6\n2 1\n255\n\1\2\3\4\5\6", "formato non gestito"},
       {"short.webp", "RIFF\1\0", "non è un'immagine"},
+      {"sound.webp",
+       "RIFF\x24\0\0\0WAVEfmt \x10\0\0\0\1\0\1\0\x40\x1F\0\0\x80\x3E\0\0\2\0\x10\0data\0\0\0\0"s,
+       "non è un'immagine"},
       {"huge.png", PngHeaderOnly(60000, 60000), "troppo grande: 60000×60000"},
   };
   for (const auto& [name, bytes, cause] : rows) {
