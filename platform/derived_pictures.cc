@@ -269,9 +269,9 @@ class SourcePicture {
   // The savers that ignore `strip` write what the image carries.
   static vips::VImage WithoutMetadata(const vips::VImage& image) {
     vips::VImage copy = image.copy();
-    char** fields = vips_image_get_fields(copy.get_image());
-    for (char** field = fields; *field; ++field) copy.remove(*field);
-    g_strfreev(fields);
+    const std::unique_ptr<char*, decltype(&g_strfreev)> fields(
+        vips_image_get_fields(copy.get_image()), g_strfreev);
+    for (char** field = fields.get(); *field; ++field) copy.remove(*field);
     return copy;
   }
 
@@ -652,7 +652,7 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
       break;
     }
   }
-  if (workers.empty() && threads > 0) work();
+  if (workers.empty()) work();  // there is a job: `sites` was not empty
 
   // The records, the outcome and the callback stay on this thread.
   size_t done = 0;

@@ -156,6 +156,12 @@ TEST_F(DerivedPicturesTest, EachKindKeepsItsFormatStandsUprightInSrgbBareOrIsCop
   std::vector<DerivedSize> sizes = {{"mini", 30}, {"Web 45", 45}, {"MINI", 60}, {"zero", 0}};
   for (const char* unsafe : {"..", ".derivate", "a/b", "a\\b", ""}) sizes.push_back({unsafe, 40});
   DeriveOutcome outcome = DerivePictures(copies, sizes, false, nullptr);
+  // No source stays open once the pass is over, not even in libvips' cache.
+  for (const fs::directory_entry& fd : fs::directory_iterator("/proc/self/fd")) {
+    std::error_code error;
+    const std::string target = fs::read_symlink(fd.path(), error).string();
+    EXPECT_FALSE(target.starts_with(tree_->root().string())) << target;
+  }
   Names plain;
   for (const std::string name : {"text.jpg", "cut.jpg", "huge.tif"}) {
     const std::string cause = name == "text.jpg"  ? "non è un'immagine"
@@ -339,6 +345,9 @@ TEST_F(DerivedPicturesTest, PlainCopiesAndFailuresNameTheirCause) {
       {"xm.bmp", "xM non è una foto, solo testo\n", "non è un'immagine"},
       {"pixmap.jpg", "P6\n2 1\n255\n\1\2\3\4\5\6", "formato non gestito"},
       {"short.webp", "RIFF\1\0", "non è un'immagine"},
+      {"sound.webp",
+       "RIFF\x24\0\0\0WAVEfmt \x10\0\0\0\1\0\1\0\x40\x1F\0\0\x80\x3E\0\0\2\0\x10\0data\0\0\0\0"s,
+       "non è un'immagine"},
       {"huge.png", PngHeaderOnly(60000, 60000), "troppo grande: 60000×60000"},
   };
   for (const auto& [name, bytes, cause] : rows) {
@@ -455,8 +464,17 @@ TEST_F(DerivedPicturesTest, APassWaitsWhileAnotherWorksInTheSameSite) {
     Fd site(::open(tree_->Path(held).c_str(), O_RDONLY | O_DIRECTORY));
     ASSERT_EQ(::flock(site.get(), LOCK_EX), 0);
     std::atomic<bool> done = false;
+    // While it works, the pass holds the lock of both sites itself.
+    std::atomic<int> free_meanwhile = 0;
+    auto progress = [&](size_t, size_t) {
+      for (const char* site : {"site", "other"}) {
+        Fd other(::open(tree_->Path(site).c_str(), O_RDONLY | O_DIRECTORY));
+        free_meanwhile += ::flock(other.get(), LOCK_EX | LOCK_NB) == 0;
+      }
+      return true;
+    };
     std::thread pass([&] {
-      DerivePictures(copies, {{"web", 40}}, false, nullptr);
+      DerivePictures(copies, {{"web", 40}}, false, progress);
       done = true;
     });
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
@@ -464,6 +482,7 @@ TEST_F(DerivedPicturesTest, APassWaitsWhileAnotherWorksInTheSameSite) {
     EXPECT_FALSE(tree_->Exists("site/dir_0001/web") || tree_->Exists("other/dir_0001/web"));
     ::flock(site.get(), LOCK_UN);
     pass.join();
+    EXPECT_EQ(free_meanwhile, 0);
     // Nothing is left in the sites for the lock.
     EXPECT_EQ(tree_->Tree("site"),
               (Names{"dir_0001/", "dir_0001/.derivate", "dir_0001/web/", "dir_0001/web/a.jpg"}));
