@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ranges>
+#include <sstream>
 
 #include "platform/failure.h"
 
@@ -67,8 +68,8 @@ int ParseWindowsPath(std::string_view typed, const ParsedPath& current, ParsedPa
   } else if (!text.starts_with('\\')) {
     result.parts = current.parts;
   }
-  for (const auto piece : std::views::split(text, '\\')) {
-    const std::string_view part(piece.begin(), piece.end());
+  std::istringstream pieces{std::string(text)};
+  for (std::string part; std::getline(pieces, part, '\\');) {
     if (part.empty() || part == ".") continue;
     if (part == "..") {
       if (!result.parts.empty()) result.parts.pop_back();
@@ -77,7 +78,7 @@ int ParseWindowsPath(std::string_view typed, const ParsedPath& current, ParsedPa
     for (char c : part) {
       if (IsRefusedByte(static_cast<unsigned char>(c))) return kNomeNonValido;
     }
-    result.parts.emplace_back(part);
+    result.parts.push_back(std::move(part));
   }
   result.ends_in_separator = text.ends_with('\\');
   *out = std::move(result);
