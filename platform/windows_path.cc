@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <ranges>
-#include <sstream>
 
 #include "platform/failure.h"
 
@@ -68,8 +67,11 @@ int ParseWindowsPath(std::string_view typed, const ParsedPath& current, ParsedPa
   } else if (!text.starts_with('\\')) {
     result.parts = current.parts;
   }
-  std::istringstream pieces{std::string(text)};
-  for (std::string part; std::getline(pieces, part, '\\');) {
+  result.ends_in_separator = text.ends_with('\\');
+  while (!text.empty()) {
+    const size_t cut = std::min(text.find('\\'), text.size());
+    std::string part(text.substr(0, cut));
+    text.remove_prefix(std::min(cut + 1, text.size()));
     if (part.empty() || part == ".") continue;
     if (part == "..") {
       if (!result.parts.empty()) result.parts.pop_back();
@@ -80,7 +82,6 @@ int ParseWindowsPath(std::string_view typed, const ParsedPath& current, ParsedPa
     }
     result.parts.push_back(std::move(part));
   }
-  result.ends_in_separator = text.ends_with('\\');
   *out = std::move(result);
   return kOk;
 }
