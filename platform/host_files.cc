@@ -129,18 +129,25 @@ int OpenHostOutput(const std::string& path, Fd* fd) {
 }
 
 int CopyHostFile(int in, const std::string& target) {
-  std::string temporary;
-  Fd out;
-  int failure = MakeHiddenTemporary(target, &temporary, &out);
-  if (failure != kOk) return failure;
-  failure = CopyHostData(in, out.get());
+  // A new target is written in place and removed when the copy fails; an
+  // existing one (a file, a link, anything) is replaced through a hidden
+  // temporary file renamed over it, so it stays as it was until the copy is
+  // whole. Either way a half copy is this program's own, never the user's.
+  std::string written = target;
+  Fd out(::open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+  const bool in_place = out.valid();
+  if (!in_place) {
+    if (errno != EEXIST) return FailureFromErrno(errno);
+    int failure = MakeHiddenTemporary(target, &written, &out);
+    if (failure != kOk) return failure;
+  }
+  int failure = CopyHostData(in, out.get());
   const int closed = out.Close();
   if (failure == kOk) failure = closed;
-  if (failure == kOk && ::rename(temporary.c_str(), target.c_str()) != 0) {
+  if (failure == kOk && !in_place && ::rename(written.c_str(), target.c_str()) != 0) {
     failure = FailureFromErrno(errno);
   }
-  // The half copy is this program's own, never the user's: it goes.
-  if (failure != kOk) ::unlink(temporary.c_str());
+  if (failure != kOk) ::unlink(written.c_str());
   return failure;
 }
 

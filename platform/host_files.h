@@ -47,10 +47,10 @@ int OpenHostOutput(const std::string& path, Fd* fd);
 // Creates a new file with a hidden name ("." first) in the folder of
 // `beside`, with the mode a new file gets; *temporary is its host path.
 int MakeHiddenTemporary(const std::string& beside, std::string* temporary, Fd* fd);
-// Copies the bytes of `in` to `target` through a hidden temporary file renamed
-// over it, so that the target is the whole copy or stays as it was; a link at
-// the target is replaced, not written through. The temporary file goes when
-// anything fails.
+// Copies the bytes of `in` to `target`, which is the whole copy or as it was:
+// a new target is removed when the copy fails, an existing one (a link
+// included, never written through) is replaced by a hidden temporary file
+// renamed over it.
 int CopyHostFile(int in, const std::string& target);
 
 class HostInputFile : public InputFile {
