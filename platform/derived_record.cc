@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
-#include <random>
 #include <utility>
 #include <vector>
 
@@ -120,19 +119,12 @@ bool ParseLine(std::string_view line, DerivedEntry* entry) {
 
 int WriteFileInPlace(const std::string& folder, const std::string& name,
                      const std::function<int(int)>& fill, struct stat* written) {
-  // Not mkstemp: its file is 0600, and a rename keeps the mode. Created with
-  // 0666 the file gets what the umask leaves, as any other new file.
-  static constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyz0123456789";
-  std::random_device random;
   std::string temporary;
   Fd fd;
-  for (int attempt = 0; attempt < 100 && !fd.valid(); ++attempt) {
-    temporary = folder + "/" + std::string(kDerivedTemporaryPrefix);
-    for (int i = 0; i < 8; ++i) temporary += kLetters[random() % kLetters.size()];
-    fd = Fd(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
-    if (!fd.valid() && errno != EEXIST) break;
+  if (int failure =
+          MakeHiddenTemporary(folder + "/" + name, &temporary, &fd, kDerivedTemporaryPrefix)) {
+    return failure;
   }
-  if (!fd.valid()) return FailureFromErrno(errno);
   int failure = fill(fd.get());
   if (failure == kOk && written && ::fstat(fd.get(), written) != 0) {
     failure = FailureFromErrno(errno);

@@ -36,12 +36,13 @@ std::string FolderOf(const std::string& path) {
 
 }  // namespace
 
-int MakeHiddenTemporary(const std::string& beside, std::string* temporary, Fd* fd) {
+int MakeHiddenTemporary(const std::string& beside, std::string* temporary, Fd* fd,
+                        std::string_view prefix) {
   std::random_device entropy;
   for (int attempt = 0; attempt < 100; ++attempt) {
-    char name[32];
-    std::snprintf(name, sizeof name, ".vetrina-%08x%08x", entropy(), entropy());
-    const std::string path = FolderOf(beside) + name;
+    char digits[17];
+    std::snprintf(digits, sizeof digits, "%08x%08x", entropy(), entropy());
+    const std::string path = FolderOf(beside) + std::string(prefix) + digits;
     // The mode the system gives a new file (0666 less the umask), so that a
     // web server running as another user can read it.
     Fd opened(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));

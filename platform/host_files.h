@@ -44,9 +44,12 @@ int OpenHostInput(const std::string& path, Fd* fd);
 // a pipe, a socket or a device there is replaced by a new empty file (through
 // a hidden temporary name and a rename), never opened; a folder gives 75.
 int OpenHostOutput(const std::string& path, Fd* fd);
-// Creates a new file with a hidden name ("." first) in the folder of
-// `beside`, with the mode a new file gets; *temporary is its host path.
-int MakeHiddenTemporary(const std::string& beside, std::string* temporary, Fd* fd);
+// Creates a new file with a hidden name (`prefix`, which starts with ".",
+// and random digits) in the folder of `beside`, with the mode a new file gets
+// (0666 less the umask, not mkstemp's 0600, which a rename would keep);
+// *temporary is its host path.
+int MakeHiddenTemporary(const std::string& beside, std::string* temporary, Fd* fd,
+                        std::string_view prefix = ".vetrina-");
 // Copies the bytes of `in` to `target`, which is the whole copy or as it was:
 // a new target is removed when the copy fails, an existing one (a link
 // included, never written through) is replaced by a hidden temporary file
