@@ -17,8 +17,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/derived_memory.h"
-#include "platform/derived_pictures.h"
+#include "publish/derived_memory.h"
+#include "publish/derived_pictures.h"
 
 int main(int argc, char** argv) {
   vf::DeriveOptions options;

@@ -9,7 +9,7 @@
 #include <exception>
 
 #include "commands/clic.h"
-#include "platform/typed_path.h"
+#include "desktop/typed_path.h"
 #include "shell/avvio.h"
 
 namespace vf::gui {

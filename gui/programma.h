@@ -11,7 +11,7 @@
 #include "gui/finestra_album.h"
 #include "gui/qt_ui.h"
 #include "platform/host_file_system.h"
-#include "platform/user_area.h"
+#include "desktop/user_area.h"
 #include "shell/vetrina.h"
 
 namespace vf::gui {

@@ -15,7 +15,7 @@
 #include <exception>
 #include <string_view>
 
-#include "platform/derived_pass.h"
+#include "publish/derived_pass.h"
 #include "platform/host_file_system.h"
 #include "platform/windows_path.h"
 

@@ -5,9 +5,9 @@
 #include <sstream>
 
 #include "commands/clic.h"
-#include "platform/fault_injection.h"
+#include "script/fault_injection.h"
 #include "platform/host_file_system.h"
-#include "platform/user_area.h"
+#include "desktop/user_area.h"
 #include "shell/avvio.h"
 #include "shell/testo.h"
 #include "shell/vetrina.h"

@@ -1,6 +1,6 @@
 #include "script/script_ui.h"
 
-#include "platform/derived_pass.h"
+#include "publish/derived_pass.h"
 
 namespace vf {
 

@@ -7,7 +7,7 @@
 
 #include "commands/creazione_index.h"
 #include "platform/failure.h"
-#include "platform/fault_injection.h"
+#include "script/fault_injection.h"
 #include "platform/text_slots.h"
 #include "tests/support/banco.h"
 

@@ -22,17 +22,17 @@
 #include <vips/vips8>
 
 #include "platform/case_fold.h"
-#include "platform/derived_memory.h"
-#include "platform/derived_pass.h"
-#include "platform/derived_pictures.h"
-#include "platform/derived_record.h"
+#include "publish/derived_memory.h"
+#include "publish/derived_pass.h"
+#include "publish/derived_pictures.h"
+#include "publish/derived_record.h"
 #include "platform/failure.h"
 #include "platform/folder_cache.h"
 #include "platform/host_file_system.h"
 #include "platform/host_files.h"
-#include "platform/metadata_sift.h"
-#include "platform/typed_path.h"
-#include "platform/user_area.h"
+#include "publish/metadata_sift.h"
+#include "desktop/typed_path.h"
+#include "desktop/user_area.h"
 #include "tests/support/e2e.h"
 
 namespace vf {

@@ -7,7 +7,7 @@
 #include "generator/cella.h"
 #include "platform/case_fold.h"
 #include "platform/failure.h"
-#include "platform/sizes_file.h"
+#include "publish/sizes_file.h"
 #include "platform/windows_path.h"
 #include "shell/testo.h"
 

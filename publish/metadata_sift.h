@@ -1,5 +1,5 @@
-#ifndef VF_PLATFORM_METADATA_SIFT_H_
-#define VF_PLATFORM_METADATA_SIFT_H_
+#ifndef VF_PUBLISH_METADATA_SIFT_H_
+#define VF_PUBLISH_METADATA_SIFT_H_
 
 #include <string>
 
@@ -22,4 +22,4 @@ bool SiftWebp(std::string* bytes);
 
 }  // namespace vf
 
-#endif  // VF_PLATFORM_METADATA_SIFT_H_
+#endif  // VF_PUBLISH_METADATA_SIFT_H_

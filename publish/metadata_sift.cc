@@ -1,4 +1,4 @@
-#include "platform/metadata_sift.h"
+#include "publish/metadata_sift.h"
 
 #include <cstdint>
 #include <string_view>

@@ -1,5 +1,5 @@
-#ifndef VF_PLATFORM_TYPED_PATH_H_
-#define VF_PLATFORM_TYPED_PATH_H_
+#ifndef VF_DESKTOP_TYPED_PATH_H_
+#define VF_DESKTOP_TYPED_PATH_H_
 
 #include <optional>
 #include <string>
@@ -20,4 +20,4 @@ std::optional<std::string> WindowsFormOfTyped(const std::string& text, const std
 
 }  // namespace vf
 
-#endif  // VF_PLATFORM_TYPED_PATH_H_
+#endif  // VF_DESKTOP_TYPED_PATH_H_

@@ -1,4 +1,4 @@
-#include "platform/derived_pictures.h"
+#include "publish/derived_pictures.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -22,11 +22,11 @@
 #include <vips/vips8>
 
 #include "platform/case_fold.h"
-#include "platform/derived_memory.h"
-#include "platform/derived_record.h"
+#include "publish/derived_memory.h"
+#include "publish/derived_record.h"
 #include "platform/failure.h"
 #include "platform/host_files.h"
-#include "platform/metadata_sift.h"
+#include "publish/metadata_sift.h"
 
 namespace vf {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/sizes_file.h"
+#include "publish/sizes_file.h"
 
 #include <sstream>
 #include <string_view>

@@ -1,5 +1,5 @@
-#ifndef VF_PLATFORM_DERIVED_RECORD_H_
-#define VF_PLATFORM_DERIVED_RECORD_H_
+#ifndef VF_PUBLISH_DERIVED_RECORD_H_
+#define VF_PUBLISH_DERIVED_RECORD_H_
 
 #include <sys/stat.h>
 
@@ -88,4 +88,4 @@ class DerivedRecord {
 
 }  // namespace vf
 
-#endif  // VF_PLATFORM_DERIVED_RECORD_H_
+#endif  // VF_PUBLISH_DERIVED_RECORD_H_

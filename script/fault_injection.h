@@ -1,5 +1,5 @@
-#ifndef VF_PLATFORM_FAULT_INJECTION_H_
-#define VF_PLATFORM_FAULT_INJECTION_H_
+#ifndef VF_SCRIPT_FAULT_INJECTION_H_
+#define VF_SCRIPT_FAULT_INJECTION_H_
 
 #include <memory>
 #include <string>
@@ -46,4 +46,4 @@ class FaultInjectingFileSystem : public FileSystem {
 
 }  // namespace vf
 
-#endif  // VF_PLATFORM_FAULT_INJECTION_H_
+#endif  // VF_SCRIPT_FAULT_INJECTION_H_

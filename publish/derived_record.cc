@@ -1,4 +1,4 @@
-#include "platform/derived_record.h"
+#include "publish/derived_record.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "platform/derived_memory.h"
+#include "publish/derived_memory.h"
 
 #include <unistd.h>
 

@@ -1,4 +1,4 @@
-#include "platform/typed_path.h"
+#include "desktop/typed_path.h"
 
 #include <filesystem>
 

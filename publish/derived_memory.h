@@ -1,5 +1,5 @@
-#ifndef VF_PLATFORM_DERIVED_MEMORY_H_
-#define VF_PLATFORM_DERIVED_MEMORY_H_
+#ifndef VF_PUBLISH_DERIVED_MEMORY_H_
+#define VF_PUBLISH_DERIVED_MEMORY_H_
 
 #include <condition_variable>
 #include <cstdint>
@@ -46,4 +46,4 @@ class MemoryGate {
 
 }  // namespace vf
 
-#endif  // VF_PLATFORM_DERIVED_MEMORY_H_
+#endif  // VF_PUBLISH_DERIVED_MEMORY_H_

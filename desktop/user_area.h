@@ -1,5 +1,5 @@
-#ifndef VF_PLATFORM_USER_AREA_H_
-#define VF_PLATFORM_USER_AREA_H_
+#ifndef VF_DESKTOP_USER_AREA_H_
+#define VF_DESKTOP_USER_AREA_H_
 
 #include <string>
 #include <vector>
@@ -43,4 +43,4 @@ bool MakeFolders(const std::string& host_folder);
 
 }  // namespace vf
 
-#endif  // VF_PLATFORM_USER_AREA_H_
+#endif  // VF_DESKTOP_USER_AREA_H_

@@ -1,10 +1,10 @@
-#ifndef VF_PLATFORM_SIZES_FILE_H_
-#define VF_PLATFORM_SIZES_FILE_H_
+#ifndef VF_PUBLISH_SIZES_FILE_H_
+#define VF_PUBLISH_SIZES_FILE_H_
 
 #include <string>
 #include <vector>
 
-#include "platform/derived_pictures.h"
+#include "publish/derived_pictures.h"
 
 namespace vf {
 
@@ -28,4 +28,4 @@ SizesFile ParseSizesFile(const std::string& text);
 
 }  // namespace vf
 
-#endif  // VF_PLATFORM_SIZES_FILE_H_
+#endif  // VF_PUBLISH_SIZES_FILE_H_

@@ -1,4 +1,4 @@
-#include "platform/derived_pass.h"
+#include "publish/derived_pass.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "platform/case_fold.h"
-#include "platform/derived_pictures.h"
-#include "platform/sizes_file.h"
+#include "publish/derived_pictures.h"
+#include "publish/sizes_file.h"
 
 namespace vf {
 namespace {

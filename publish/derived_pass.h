@@ -1,12 +1,12 @@
-#ifndef VF_PLATFORM_DERIVED_PASS_H_
-#define VF_PLATFORM_DERIVED_PASS_H_
+#ifndef VF_PUBLISH_DERIVED_PASS_H_
+#define VF_PUBLISH_DERIVED_PASS_H_
 
 #include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "platform/derived_pictures.h"
+#include "publish/derived_pictures.h"
 #include "platform/host_file_system.h"
 
 namespace vf {
@@ -37,4 +37,4 @@ DerivedPass RunDerivedPass(HostFileSystem& fs, const std::string& program_folder
 
 }  // namespace vf
 
-#endif  // VF_PLATFORM_DERIVED_PASS_H_
+#endif  // VF_PUBLISH_DERIVED_PASS_H_

@@ -1,4 +1,4 @@
-#include "platform/fault_injection.h"
+#include "script/fault_injection.h"
 
 #include "platform/failure.h"
 

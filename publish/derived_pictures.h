@@ -1,5 +1,5 @@
-#ifndef VF_PLATFORM_DERIVED_PICTURES_H_
-#define VF_PLATFORM_DERIVED_PICTURES_H_
+#ifndef VF_PUBLISH_DERIVED_PICTURES_H_
+#define VF_PUBLISH_DERIVED_PICTURES_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -62,7 +62,7 @@ struct DeriveOptions {
   // Pictures made at once; 0 for one per core.
   size_t workers = 0;
   // Decoded memory, in bytes, that the pictures in work may hold together;
-  // 0 for DefaultDecodeBudget() (platform/derived_memory.h).
+  // 0 for DefaultDecodeBudget() (publish/derived_memory.h).
   int64_t memory_budget = 0;
 };
 
@@ -94,7 +94,7 @@ bool IsDerivablePicture(const std::string& path);
 // Each derived picture is written through a temporary file renamed into
 // place, so its name never shows a part of a picture. Nothing is written
 // outside the size folders but the record of each album folder (see
-// platform/derived_record.h). A derived picture whose source (its path
+// publish/derived_record.h). A derived picture whose source (its path
 // ignoring case, its size and its modification time) and pixels are those
 // the record holds, and which is itself as the record says it was written
 // (its size and modification time), is kept as it is, file and time; when
@@ -127,4 +127,4 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
 
 }  // namespace vf
 
-#endif  // VF_PLATFORM_DERIVED_PICTURES_H_
+#endif  // VF_PUBLISH_DERIVED_PICTURES_H_

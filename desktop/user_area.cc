@@ -1,4 +1,4 @@
-#include "platform/user_area.h"
+#include "desktop/user_area.h"
 
 #include <fcntl.h>
 #include <pwd.h>
