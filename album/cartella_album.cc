@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/failure.h"
+#include "publish/site_names.h"
 #include "shell/testo.h"
 
 namespace vf {
@@ -19,22 +20,22 @@ void Interrompi_Ciclo(StatoEsecuzione& s) {
 }
 
 void Passo_Album(Vetrina& v, StatoEsecuzione& s) {
-  s.Dir_Album = CasoScelto(v, v.Module1.Dir_Output + "DIR_" + Cifre(s.Num_Album, 4));
+  s.Dir_Album = CasoScelto(v, v.Module1.Dir_Output + AlbumFolderName(s.Num_Album, Maiuscole(v)));
   s.Ultimo_Album_Iniziato = std::max(s.Ultimo_Album_Iniziato, s.Num_Album);
   s.Nota(v.fs.MakeFolder(s.Dir_Album));
   v.ui.Repaint();
   s.File_Origine = s.Dir_File + s.Nome_File;
-  // The last three characters, or all of a shorter path; no dot is looked for.
-  std::string x =
-      s.File_Origine.substr(s.File_Origine.size() - std::min<size_t>(s.File_Origine.size(), 3));
   s.File_Destinazione =
-      CasoScelto(v, s.Dir_Album + "\\IMG_" + Cifre(s.Num_Img_Album + 1, 3) + "." + x);
+      CasoScelto(v, s.Dir_Album + "\\" +
+                        CopyName(s.Num_Img_Album + 1, CopyExtension(s.File_Origine), Maiuscole(v)));
   s.Err = 0;
   // After a refused rename the folded path may name another file that
   // differs only in case; the entry's own text always names its own file.
   const std::string& sorgente = s.Rinomina_Riuscita ? s.File_Origine : s.Voce;
   int failure = v.fs.Copy(sorgente, s.File_Destinazione);
-  if (failure != kOk) {
+  if (failure == kOk) {
+    v.Sito_Costruito.Add({sorgente, s.File_Destinazione, s.Num_Album, s.Num_Img_Album + 1});
+  } else {
     s.Err = failure;
     v.ui.Message("Errore nella copia delle immagini ERR=" + ConBlank(failure) + " - " +
                  FailureText(failure) + Coda_Copia(s));

@@ -3,16 +3,16 @@
 #include <algorithm>
 #include <cmath>
 
+#include "publish/site_names.h"
 #include "shell/testo.h"
 
 namespace vf {
 namespace {
 
-std::string Link_Indice(const Vetrina& v) { return Maiuscole(v) ? "../INDEX.HTM" : "../index.htm"; }
+std::string Link_Indice(const Vetrina& v) { return IndexLinkFromAlbum(Maiuscole(v)); }
 
 std::string Link_Album(const Vetrina& v, int64_t numero) {
-  return Maiuscole(v) ? "../DIR_" + Cifre(numero, 4) + "/MENU.HTM"
-                      : "../dir_" + Cifre(numero, 4) + "/menu.htm";
+  return MenuLinkFromAlbum(numero, Maiuscole(v));
 }
 
 void Sostituisci_Link(StatoEsecuzione& s, size_t p, const std::string& link) {
@@ -49,8 +49,7 @@ void Nome_Immagine(Vetrina& v, StatoEsecuzione& s, size_t p, int64_t i) {
   double posizione = static_cast<double>(s.Num_Album - v.Primo_Album) * m + static_cast<double>(i) -
                      1 + (v.Module1.Primo_File - 1);
   std::string voce = Trim(v.frmALBUM.List1.List(ArrotondaPari(posizione)));
-  std::string estensione = voce.substr(voce.size() - std::min<size_t>(voce.size(), 3));
-  s.Estensione = CasoScelto(v, estensione);
+  s.Estensione = CasoScelto(v, CopyExtension(voce));
   s.Riga_Nuova = s.Riga.substr(0, p + 8) + s.Estensione + s.Riga.substr(p + 11);
 }
 
@@ -62,7 +61,7 @@ void Nomi_Immagini(Vetrina& v, StatoEsecuzione& s, const std::string& minuscola)
   // only the highest of each thousand can be the last rewriting.
   const int64_t fine = std::max<int64_t>(alto - 1000, 0);
   for (int64_t i = alto; i > fine; --i) {
-    size_t p = minuscola.find("img_" + Cifre(i, 3) + ".jpg");
+    size_t p = minuscola.find(CopyName(i, "jpg", false));
     if (p != std::string::npos) {
       Nome_Immagine(v, s, p, i);
       return;

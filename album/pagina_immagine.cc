@@ -7,15 +7,17 @@
 #include "album/marcatori.h"
 #include "platform/case_fold.h"
 #include "platform/failure.h"
+#include "publish/site_names.h"
 #include "shell/testo.h"
 
 namespace vf {
 
 void Passo_Pagina_Immagine(Vetrina& v, StatoEsecuzione& s) {
-  std::string nnn = Cifre(s.Num_Img_Album + 1, 3);
-  s.File_Origine =
-      CasoScelto(v, v.ui.ProgramFolder() + "\\VETRINA-FOTO_DEFAULT\\dir_0001\\IMG_" + nnn + ".HTM");
-  s.File_Destinazione = CasoScelto(v, s.Dir_Album + "\\IMG_" + nnn + ".HTM");
+  // The template set keeps one page per place, in the folder of album 1.
+  const std::string pagina = PicturePageName(s.Num_Img_Album + 1, Maiuscole(v));
+  s.File_Origine = CasoScelto(v, v.ui.ProgramFolder() + "\\VETRINA-FOTO_DEFAULT\\" +
+                                     AlbumFolderName(1, false) + "\\" + pagina);
+  s.File_Destinazione = CasoScelto(v, s.Dir_Album + "\\" + pagina);
   Crea_Pagina_Immagine(v, s);
   if (s.Err != kOk) {
     v.ui.Message("Errore nella copia singoli HTML ERR=" + ConBlank(s.Err) + " - " +

@@ -1,5 +1,7 @@
 #include "commands/creazione_index.h"
 
+#include <utility>
+
 #include "album/copia_immagini.h"
 #include "commands/anteprima.h"
 #include "generator/crea_pagina.h"
@@ -46,6 +48,13 @@ void Prepara_Uscita(Vetrina& v) {
   v.Module1.Dir_Output = parti.cartella;
   v.Module1.Nome_File_Input = parti.nome;
   Cambia_Cartella(v, parti.cartella);
+  v.Sito_Costruito = {};
+}
+
+BuiltSite Sito_Da_Pubblicare(Vetrina& v) {
+  BuiltSite sito = std::exchange(v.Sito_Costruito, {});
+  sito.capitals = Maiuscole(v);
+  return sito;
 }
 
 void Command1_Click(Vetrina& v) {
@@ -62,7 +71,7 @@ void Command1_Click(Vetrina& v) {
   const std::string cartella_scelta = m.Dir_Output;
   Crea_Pagina(v);
   Copia_Immagini_Sito(v);
-  v.ui.AfterBuild(Maiuscole(v));
+  v.publishing.Publish(Sito_Da_Pubblicare(v));
   if (v.ui.Question("Visualizzo la pagina creata " + m.Dir_Output + m.Nome_File_Output +
                     " (S/N) ")) {
     // A page that the recovery moved to drive C: is not in the current

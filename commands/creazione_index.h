@@ -41,8 +41,14 @@ void Rifiuta(Vetrina& v, const char* messaggio);
 bool Elenco_Da_Elaborare(Vetrina& v);
 
 // The first steps of a build that passed its checks: Dir_Output and
-// Nome_File_Input from txtNOME_FILE_HTM, and the output folder made current.
+// Nome_File_Input from txtNOME_FILE_HTM, the output folder made current, and
+// no album copy noted yet.
 void Prepara_Uscita(Vetrina& v);
+
+// What the build hands to the publishing step once its site files are
+// written: the album copies it noted, in the case it chose. The notes start
+// again empty.
+BuiltSite Sito_Da_Pubblicare(Vetrina& v);
 
 }  // namespace vf
 

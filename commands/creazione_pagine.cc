@@ -83,7 +83,7 @@ void Command4_Click(Vetrina& v) {
   Componi_Nome_Output(v);
   Esegui(v);
   Copia_Immagini_Sito(v);
-  v.ui.AfterBuild(Maiuscole(v));
+  v.publishing.Publish(Sito_Da_Pubblicare(v));
   if (v.ui.Question("Visualizzo la prima pagina creata " + m.Dir_Output + m.Nome_File_Output +
                     " (S/N) ")) {
     Anteprima_Pagine(v);

@@ -1,6 +1,7 @@
 #include "generator/cella.h"
 
 #include "platform/case_fold.h"
+#include "publish/site_names.h"
 #include "shell/testo.h"
 
 namespace vf {
@@ -75,8 +76,7 @@ void Scrivi_Cella(Vetrina& v, StatoEsecuzione& s) {
     // index page has a readable label.
     s.Etichetta = Testo_Html(s.Nome_File);
   } else {
-    s.Link_Menu = Maiuscole(v) ? "DIR_" + Cifre(s.Num_Album, 4) + "\\MENU.HTM"
-                               : "dir_" + Cifre(s.Num_Album, 4) + "\\menu.htm";
+    s.Link_Menu = MenuLinkFromIndex(s.Num_Album, Maiuscole(v));
     s.Etichetta = "SCELTA " + ConBlank(s.Num_Album);
     link = CasoScelto(v, s.Link_Menu);
   }

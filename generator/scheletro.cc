@@ -5,6 +5,7 @@
 #include "album/chiusura_album.h"
 #include "platform/case_fold.h"
 #include "platform/failure.h"
+#include "publish/site_names.h"
 
 namespace vf {
 namespace {
@@ -73,7 +74,7 @@ Esito Apri_Pagina(Vetrina& v, StatoEsecuzione& s) {
   Copia_Intestazione(v, s);
 
   // The return link, unless this page is itself the index.
-  const std::string indice = Maiuscole(v) ? "INDEX.HTM" : "index.htm";
+  const std::string indice = IndexPageName(Maiuscole(v));
   if (v.Module1.Nome_File_Output.find(indice) == std::string::npos) {
     const std::string& q = s.Virgolette;
     std::string link =

@@ -40,7 +40,10 @@ Ambiente AmbienteDi(const std::string& casa) {
 Programma::Programma(const Ambiente& ambiente)
     : fs_(std::make_unique<HostFileSystem>(ambiente.dischi)),
       ui_(std::make_unique<QtUi>(*fs_)),
-      v_(std::make_unique<Vetrina>(*fs_, *ui_)),
+      pubblicazione_(std::make_unique<SitePublishing>(
+          *fs_, *ui_,
+          [this](size_t fatte, size_t tutte) { return ui_->ImmagineRidotta(fatte, tutte); })),
+      v_(std::make_unique<Vetrina>(*fs_, *ui_, *pubblicazione_)),
       ambiente_(ambiente) {
   ui_->cartella_programma = ambiente.area.program_folder;
   ui_->prima_degli_eventi = [this] { Aggiorna(true); };

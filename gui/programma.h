@@ -8,10 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "desktop/site_publishing.h"
+#include "desktop/user_area.h"
 #include "gui/finestra_album.h"
 #include "gui/qt_ui.h"
 #include "platform/host_file_system.h"
-#include "desktop/user_area.h"
 #include "shell/vetrina.h"
 
 namespace vf::gui {
@@ -86,6 +87,7 @@ class Programma : public QObject {
 
   std::unique_ptr<HostFileSystem> fs_;
   std::unique_ptr<QtUi> ui_;
+  std::unique_ptr<SitePublishing> pubblicazione_;
   std::unique_ptr<Vetrina> v_;
   std::unique_ptr<FinestraAlbum> finestra_;
   std::unique_ptr<DialogoUtilizzo> dialogo_;

@@ -15,7 +15,6 @@
 #include <exception>
 #include <string_view>
 
-#include "publish/derived_pass.h"
 #include "platform/host_file_system.h"
 #include "platform/windows_path.h"
 
@@ -166,15 +165,10 @@ void QtUi::Repaint() {
   if (fine_richiesta_) throw FineProgramma{};
 }
 
-void QtUi::AfterBuild(bool capitals) {
-  const DerivedPass pass =
-      RunDerivedPass(fs_, ProgramFolder(), capitals, [this](size_t fatte, size_t tutte) {
-        if (immagini_ridotte) immagini_ridotte(fatte, tutte);
-        Eventi();
-        return !fine_richiesta_;
-      });
-  if (pass.stopped || fine_richiesta_) throw FineProgramma{};
-  for (const std::string& m : pass.messages) Message(m);
+bool QtUi::ImmagineRidotta(size_t fatte, size_t tutte) {
+  if (immagini_ridotte) immagini_ridotte(fatte, tutte);
+  Eventi();
+  return !fine_richiesta_;
 }
 
 QString QtUi::CartellaIniziale(const std::string& start_folder) {

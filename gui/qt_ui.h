@@ -45,12 +45,12 @@ class QtUi : public UserOps {
   double TwipsPerPixelX() override { return 15.0; }
   std::string ProgramFolder() override;
   bool StartCommand(const std::string& line) override;
-  // The web-sized pictures of the build; pending events run as at a repaint
-  // point, and F I N E stops the pass between two pictures and ends the
-  // program.
-  void AfterBuild(bool capitals) override;
   [[noreturn]] void End() override;
 
+  // The progress of the web-size pass after each picture: pending events run
+  // as at a repaint point, and false once F I N E was clicked, which stops
+  // the pass between two pictures and ends the program.
+  bool ImmagineRidotta(size_t fatte, size_t tutte);
   // The user asked to end the program while a command runs: the next
   // repaint point ends it.
   void RichiediFine() { fine_richiesta_ = true; }

@@ -148,25 +148,7 @@ int HostFileSystem::CopyFile(const Place& from, const Place& to) {
   failure = CopyHostFile(in.get(), HostOf(to));
   if (failure != kOk) return failure;
   cache_.Added(HostFolderOf(to), to.names.back(), FolderEntry::kFile);
-  copies_.push_back({HostOf(from), HostOf(to)});
   return kOk;
-}
-
-std::vector<HostFileSystem::Copied> HostFileSystem::TakeCopies() {
-  // A paged build writes the same targets run after run: the last copy made
-  // to a target is the one that stands there.
-  std::vector<Copied> last;
-  std::unordered_map<std::string, size_t> where;
-  for (Copied& c : copies_) {
-    auto [it, added] = where.try_emplace(c.to, last.size());
-    if (added) {
-      last.push_back(std::move(c));
-    } else {
-      last[it->second] = std::move(c);
-    }
-  }
-  copies_.clear();
-  return last;
 }
 
 bool HostFileSystem::SameFile(const Place& a, const Place& b) {

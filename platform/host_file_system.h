@@ -34,15 +34,6 @@ class HostFileSystem : public CaseBlindFileSystem {
   // closely, such as C:\Users\x; nothing when no drive holds it.
   std::optional<std::string> WindowsPath(const std::string& host_path) const;
 
-  // A copy that went through: the host paths of the file copied and of its copy.
-  struct Copied {
-    std::string from;
-    std::string to;
-  };
-  // The copies made since the last call, the last one to each target only,
-  // in the order they were made; the record starts again empty.
-  std::vector<Copied> TakeCopies();
-
  protected:
   bool IsMapped(char drive) const override;
   bool IsReadOnly(char drive) const override;
@@ -69,7 +60,6 @@ class HostFileSystem : public CaseBlindFileSystem {
 
   std::array<Drive, 26> drives_;
   FolderCache cache_;
-  std::vector<Copied> copies_;
 };
 
 }  // namespace vf

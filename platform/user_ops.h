@@ -37,10 +37,6 @@ class UserOps {
   virtual std::string ProgramFolder() = 0;
   // Starts a command line and returns at once; false when starting failed.
   virtual bool StartCommand(const std::string& line) = 0;
-  // Called by both build commands once a build has written its site, before
-  // the preview question: what the platform makes beyond the site (pictures
-  // in web sizes) is made here. `capitals` is the build's chosen case.
-  virtual void AfterBuild(bool capitals) { (void)capitals; }
   // Ends the program at once. Never returns: throws FineProgramma after the
   // front end has done what ending means to it.
   [[noreturn]] virtual void End() = 0;

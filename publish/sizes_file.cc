@@ -74,7 +74,7 @@ SizesFile ParseSizesFile(const std::string& text) {
     if (good) {
       out.sizes.push_back({name, value});
     } else {
-      out.bad_lines.push_back("riga " + std::to_string(number) + ": " + Shown(line));
+      out.bad_lines.push_back({number, Shown(line)});
     }
   }
   return out;

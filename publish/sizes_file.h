@@ -13,10 +13,14 @@ namespace vf {
 // blanks or tabs; blank lines and lines starting with "#" say nothing.
 struct SizesFile {
   std::vector<DerivedSize> sizes;
-  // Each line that says something but no usable size, as "riga N: TEXT",
-  // the text cut after 80 characters with "…" so that a huge line makes no
+  // A line that says something but no usable size: its number (from 1) and
+  // its text, cut after 80 characters with "…" so that a huge line makes no
   // huge message.
-  std::vector<std::string> bad_lines;
+  struct BadLine {
+    int number = 0;
+    std::string text;
+  };
+  std::vector<BadLine> bad_lines;
 };
 
 // Reads the file's text (CR LF or LF lines). A line is bad when it does not

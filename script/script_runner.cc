@@ -5,9 +5,9 @@
 #include <sstream>
 
 #include "commands/clic.h"
-#include "script/fault_injection.h"
-#include "platform/host_file_system.h"
 #include "desktop/user_area.h"
+#include "platform/host_file_system.h"
+#include "script/fault_injection.h"
 #include "shell/avvio.h"
 #include "shell/testo.h"
 #include "shell/vetrina.h"
@@ -213,10 +213,10 @@ bool ScriptRunner::Start(bool usage) {
     }
     ui_.program_folder = *own;
   }
-  ui_.host = host_.get();
   fs_ = std::make_unique<FaultInjectingFileSystem>(*host_);
   for (const Failure& f : failures_) fs_->AddFailure(f.path, f.number);
-  v_ = std::make_unique<Vetrina>(*fs_, ui_);
+  publishing_ = std::make_unique<SitePublishing>(*host_, ui_);
+  v_ = std::make_unique<Vetrina>(*fs_, ui_, *publishing_);
   started_ = true;
   if (usage) {
     Main_Con_Scelta(*v_);

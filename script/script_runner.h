@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "desktop/site_publishing.h"
 #include "script/script_ui.h"
 
 namespace vf {
@@ -63,6 +64,7 @@ class ScriptRunner {
   bool fatal_ = false;  // the runner itself failed (exit status 1)
   std::unique_ptr<HostFileSystem> host_;
   std::unique_ptr<FaultInjectingFileSystem> fs_;
+  std::unique_ptr<SitePublishing> publishing_;
   std::unique_ptr<Vetrina> v_;
 };
 

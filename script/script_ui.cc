@@ -1,7 +1,5 @@
 #include "script/script_ui.h"
 
-#include "publish/derived_pass.h"
-
 namespace vf {
 
 std::string Escape(const std::string& text) {
@@ -50,13 +48,6 @@ std::string ScriptUi::FileDialog(const std::string& title, const std::string& st
 bool ScriptUi::StartCommand(const std::string& line) {
   out_ << "RUN: " << Escape(line) << (start_fails ? " -> FAILED" : " -> OK") << '\n';
   return !start_fails;
-}
-
-void ScriptUi::AfterBuild(bool capitals) {
-  if (host == nullptr) return;
-  DerivedPass pass =
-      RunDerivedPass(*host, program_folder, capitals, [](size_t, size_t) { return true; });
-  for (const std::string& m : pass.messages) Message(m);
 }
 
 void ScriptUi::End() {

@@ -9,8 +9,6 @@
 
 namespace vf {
 
-class HostFileSystem;
-
 // A CR written {CR} and a LF {LF}; nothing else is escaped.
 std::string Escape(const std::string& text);
 
@@ -34,7 +32,6 @@ class ScriptUi : public UserOps {
   bool StartCommand(const std::string& line) override;
   // The web-sized pictures of the build, as the window makes them; what
   // could not be made is told as messages.
-  void AfterBuild(bool capitals) override;
   [[noreturn]] void End() override;
 
   std::deque<bool> answers;
@@ -42,8 +39,6 @@ class ScriptUi : public UserOps {
   double screen_pixels = 1024;
   bool start_fails = false;
   std::string program_folder;
-  // The file layer of the build, set at start; no pictures are made before.
-  HostFileSystem* host = nullptr;
 
  private:
   std::ostream& out_;

@@ -51,11 +51,6 @@ std::string ConBlank(int64_t value) {
   return value >= 0 ? " " + digits : digits;
 }
 
-std::string Cifre(int64_t value, int width) {
-  std::string text = "0000" + std::to_string(value);
-  return text.substr(text.size() - static_cast<size_t>(width));
-}
-
 int64_t ArrotondaPari(double value) { return Intero(std::nearbyint(value)); }
 
 }  // namespace vf

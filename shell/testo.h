@@ -25,10 +25,6 @@ std::string Decimale(double value);
 // " 12", "-1".
 std::string ConBlank(int64_t value);
 
-// "0000" put in front of the number's decimal text, of which the last
-// `width` characters count: Cifre(12, 4) is "0012", Cifre(10000, 4) "0000".
-std::string Cifre(int64_t value, int width);
-
 // A number rounded to the nearest whole number, a half to the even one.
 int64_t ArrotondaPari(double value);
 

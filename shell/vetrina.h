@@ -8,6 +8,7 @@
 #include "platform/file_system.h"
 #include "platform/text_slots.h"
 #include "platform/user_ops.h"
+#include "publish/hand_over.h"
 #include "shell/frm_album.h"
 #include "shell/module1.h"
 
@@ -15,14 +16,16 @@ namespace vf {
 
 // The program as a whole: the shared state, the two windows, and the
 // platform it runs on. One exists per process; every command and procedure
-// takes it. The platform objects are owned by the front end and outlive it.
+// takes it. The platform objects and the publishing step are owned by the
+// front end and outlive it.
 struct Vetrina {
-  Vetrina(FileSystem& file_system, UserOps& user_ops)
-      : fs(file_system), slots(file_system), ui(user_ops) {}
+  Vetrina(FileSystem& file_system, UserOps& user_ops, PublishingStep& publishing_step)
+      : fs(file_system), slots(file_system), ui(user_ops), publishing(publishing_step) {}
 
   FileSystem& fs;
   TextSlots slots;
   UserOps& ui;
+  PublishingStep& publishing;
 
   vf::Module1 Module1;
   FrmAlbum frmALBUM;
@@ -38,6 +41,9 @@ struct Vetrina {
   // True while a build or a load runs, so that a front end can keep a second
   // one from starting at a repaint point.
   bool occupato = false;
+  // The album copies of the build in progress, handed to `publishing` when
+  // its site files are written.
+  BuiltSite Sito_Costruito;
 };
 
 // Marks the program busy for the length of a build or a load, and puts the

@@ -1,5 +1,5 @@
 // The file layer's text-file slots, and the exact disk operations of a
-// build, on the file layer in memory.
+// build, on the file layer over a temporary tree.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -7,8 +7,8 @@
 
 #include "commands/creazione_index.h"
 #include "platform/failure.h"
-#include "script/fault_injection.h"
 #include "platform/text_slots.h"
+#include "script/fault_injection.h"
 #include "tests/support/banco.h"
 
 namespace vf {
@@ -25,7 +25,7 @@ struct Chunk {
   std::string bytes;
   int failure = kOk;
 };
-struct ChunkedReads : MemoryFileSystem {
+struct ChunkedReads : TempTreeFileSystem {
   struct File : InputFile {
     std::vector<Chunk> chunks;
     size_t next = 0;
@@ -80,7 +80,7 @@ TEST(FileLayer, TextSlots) {
   EXPECT_EQ(Read({"a\r", "\nb", "c\r", "d"}), (Lines{"a", "bc", "d"}));
   EXPECT_EQ(Read({"a\r\n", "", "late\r\n"}), (Lines{"a"}));
 
-  MemoryFileSystem fs;
+  TempTreeFileSystem fs;
   fs.AddFile("C:\\T\\IMG_001.HTM", "template\r\n");
   TextSlots slots(fs);
   std::string line;
@@ -125,7 +125,7 @@ TEST(FileLayer, TextSlots) {
 // A failure injected where a path names the same place, by any spelling; the
 // first rule's number wins, and a rule for no place or for no failure is none.
 TEST(FileLayer, InjectedFailures) {
-  MemoryFileSystem disk;
+  TempTreeFileSystem disk;
   disk.AddFile("C:\\a.htm", "a");
   FaultInjectingFileSystem fs(disk);
   fs.AddFailure("C:\\b?.htm", kErroreAccesso);
@@ -188,6 +188,18 @@ TEST(FileLayer, ABuildDoesExactlyItsOperationsInOrder) {
   Command1_Click(b.v);
   EXPECT_EQ(b.fs.Contents("C:\\dir_0001\\img_001.jpg"), "picture");
   EXPECT_EQ(b.fs.Contents("C:\\dir_0001\\img_002.jpg"), "b");
+  // Each build hands its album copies over once, as it made them.
+  Lines handed;
+  for (const BuiltSite& site : b.publishing.handed) {
+    handed.push_back(site.capitals ? "MAIUSCOLE" : "minuscole");
+    for (const AlbumCopy& c : site.copies) {
+      handed.push_back(c.source + " > " + c.copy + " " + std::to_string(c.album) + "/" +
+                       std::to_string(c.place));
+    }
+  }
+  EXPECT_EQ(handed, (Lines{"minuscole", "c:\\f\\a.jpg > c:\\s\\dir_0001\\img_001.jpg 1/1",
+                           "minuscole", "minuscole", "c:\\f\\a.jpg > c:\\dir_0001\\img_001.jpg 1/1",
+                           "b.jpg > c:\\dir_0001\\img_002.jpg 1/2"}));
 }
 
 // A disk that is full, or fills, during a build: the page's first lines are

@@ -343,11 +343,12 @@ TEST(WindowModel, EveryControlIsSetUp) {
 
 TEST(WindowModel, TheUsageDialogGivesTheSimplifiedOrTheCompleteWindow) {
   for (bool simplified : {true, false}) {
-    MemoryFileSystem fs;
+    TempTreeFileSystem fs;
     RecordingUi ui;
     ui.program_folder = "C:\\";
     ui.screen_pixels = simplified ? 800 : 799.5;
-    Vetrina v{fs, ui};
+    NoPublishing publishing;
+    Vetrina v{fs, ui, publishing};
     Main_Con_Scelta(v);
     EXPECT_EQ(v.frmALBUM1.Option1.Value * 10 + v.Module1.Tipo_Utilizzo, 10);
     EXPECT_TRUE(v.frmALBUM1.Loaded && !v.frmALBUM_Loaded);  // the window comes at Conferma

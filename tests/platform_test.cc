@@ -21,18 +21,19 @@
 #include <thread>
 #include <vips/vips8>
 
+#include "desktop/site_publishing.h"
+#include "desktop/typed_path.h"
+#include "desktop/user_area.h"
 #include "platform/case_fold.h"
-#include "publish/derived_memory.h"
-#include "publish/derived_pass.h"
-#include "publish/derived_pictures.h"
-#include "publish/derived_record.h"
 #include "platform/failure.h"
 #include "platform/folder_cache.h"
 #include "platform/host_file_system.h"
 #include "platform/host_files.h"
+#include "publish/derived_memory.h"
+#include "publish/derived_pictures.h"
+#include "publish/derived_record.h"
 #include "publish/metadata_sift.h"
-#include "desktop/typed_path.h"
-#include "desktop/user_area.h"
+#include "tests/support/banco.h"
 #include "tests/support/e2e.h"
 
 namespace vf {
@@ -389,48 +390,48 @@ TEST_F(DerivedPicturesTest, JpegAndWebpAreSavedAtTheirQuality) {
   }
 }
 
-TEST(DerivedPassTest, OnlyCopiesOfEntriesGetSizesAndEachPhotoIsNamedOncePerCause) {
+TEST(SitePublishingTest, TheBuildsAlbumCopiesGetSizesAndEachPhotoIsNamedOncePerCause) {
   test::TempTree tree;
   tree.Write("Foto/testo.jpg", "non è una foto");
   Painted(90, 60, kOrange).write_to_file(tree.Path("Foto/a.jpg").c_str());
   HostFileSystem fs({{'C', tree.root().string(), false}});
-  // The copy of a list entry is dir_nnnn\img_nnn.ext, in any case; the
-  // build's other copies (assets, site files) get no sizes.
-  const std::pair<const char*, bool> targets[] = {
-      {"dir_0001\\img_001.jpg", true},   {"DIR_0002\\IMG_009.JPG", true},
-      {"dir_0001\\img_0012.jpg", false}, {"dir_0001\\img_01.jpg", false},
-      {"dir_0001\\img_0a1.jpg", false},  {"dir_0001\\ima_001.jpg", false},
-      {"dir_0001\\img_001", false},      {"dir_001\\img_001.jpg", false},
-      {"dir_00012\\img_001.jpg", false}, {"dir_00a1\\img_001.jpg", false},
-      {"dor_0001\\img_001.jpg", false},  {"img_001.jpg", false},
-      {"dir_0001\\puls_sx3.jpg", false}};
-  auto slashed = [](std::string path) {
-    std::replace(path.begin(), path.end(), '\\', '/');
-    return "Sito/" + path;
-  };
+  test::RecordingUi ui;
+  ui.program_folder = "C:\\PROG";
+  SitePublishing publishing(fs, ui);
+  // Only what the build handed over gets sizes, whatever the names; a copy
+  // that is not there is passed over.
+  BuiltSite site;
+  for (const char* copy : {"dir_0001\\img_001.jpg", "Altro\\foto.jpg", "dir_0002\\IMG_009.JPG"}) {
+    tree.Write("Sito/" + std::string(copy).replace(std::string(copy).find('\\'), 1, "/"), "");
+    site.Add({"C:\\Foto\\a.jpg", std::string("C:\\Sito\\") + copy, 1, 1});
+  }
+  tree.Write("Sito/dir_0001/img_002.jpg", "");
+  site.Add({"C:\\Foto\\a.jpg", "C:\\Sito\\dir_0001\\img_002.jpg", 1, 2});
+  site.Add(
+      {"C:\\Foto\\testo.jpg", "C:\\Sito\\DIR_0001\\IMG_002.JPG", 1, 2});  // the last one counts
+  site.Add({"C:\\Foto\\a.jpg", "C:\\Sito\\manca\\img_003.jpg", 1, 3});
+  ASSERT_EQ(site.copies.size(), 5u);
+  EXPECT_EQ(site.copies[3].source + site.copies[3].copy,
+            "C:\\Foto\\testo.jpgC:\\Sito\\DIR_0001\\IMG_002.JPG");
   for (const bool sizes : {false, true}) {
     if (sizes) tree.Write("PROG/DIMENSIONI.TXT", "mini 20\r\nweb 30\r\n");
-    for (const auto& [target, _] : targets) {
-      fs::create_directories(tree.Path(slashed(target)).parent_path());
-      ASSERT_EQ(fs.Copy("C:\\Foto\\a.jpg", std::string("C:\\Sito\\") + target), kOk) << target;
+    publishing.Publish(site);
+    // Without the sizes file nothing is made and nothing told.
+    EXPECT_EQ(ui.events, sizes
+                             ? Names{"MSG: Immagini non riducibili, copiate come sono:\rC:\\Foto\\"
+                                     "testo.jpg - non è un'immagine"}
+                             : Names{});
+    Names web;
+    for (const std::string& path : tree.Tree("Sito")) {
+      if (path.find("/web/") != std::string::npos && path.back() != '/') web.push_back(path);
     }
-    for (const char* target : {"dir_0003\\img_001.jpg", "dir_0003\\img_002.jpg"}) {
-      fs::create_directories(tree.Path("Sito/dir_0003"));
-      ASSERT_EQ(fs.Copy("C:\\Foto\\testo.jpg", std::string("C:\\Sito\\") + target), kOk);
-    }
-    const DerivedPass pass = RunDerivedPass(fs, "C:\\PROG", false, nullptr);
-    // Without the sizes file nothing is made, and its copies are not kept for the next pass.
-    EXPECT_EQ(pass.messages,
-              sizes
-                  ? Names{"Immagini non riducibili, copiate come sono:\rC:\\Foto\\testo.jpg - non "
-                          "è un'immagine"}
-                  : Names{});
-    for (const auto& [target, derived] : targets) {
-      const fs::path copy = tree.Path(slashed(target));
-      EXPECT_EQ(fs::exists(copy.parent_path() / "web" / copy.filename()), sizes && derived)
-          << target;
-    }
+    EXPECT_EQ(web, sizes ? (Names{"Altro/web/foto.jpg", "dir_0001/web/img_001.jpg",
+                                  "dir_0001/web/img_002.jpg", "dir_0002/web/IMG_009.JPG"})
+                         : Names{});
+    ui.events.clear();
   }
+  EXPECT_EQ(BadLinesMessage(ParseSizesFile("a 1\nb\n")),
+            "Righe non valide nel file DIMENSIONI.TXT, non considerate:\rriga 2: b");
 }
 
 TEST_F(DerivedPicturesTest, MadeFilesHaveTheModeOfAnyNewFile) {
@@ -793,15 +794,6 @@ TEST_F(HostFileSystemTest, EachOperationsNumbersAndWhereRenamesLeaveNames) {
   for (const auto& [op, a, b, expected] : rows) EXPECT_EQ(run(op, a, b), expected) << op << a;
   EXPECT_EQ(tree_.Tree("c"),
             (Names{"A.JPG", "F/", "F/Moved.jpg", "F/SUB/", "F/SUB/R.JPG", "F/SUB/R.jpg"}));
-  // The copies made, the last one to each target, in the order made; then none.
-  ASSERT_EQ(fs_.Copy("C:\\A.JPG", "C:\\1.jpg") + fs_.Copy("C:\\F\\Moved.jpg", "C:\\2.jpg") +
-                fs_.Copy("C:\\F\\Moved.jpg", "C:\\1.jpg"),
-            kOk);
-  std::string copies;
-  for (const HostFileSystem::Copied& c : fs_.TakeCopies()) {
-    copies += fs::path(c.from).filename().string() + ">" + fs::path(c.to).filename().string() + " ";
-  }
-  EXPECT_EQ(copies + std::to_string(fs_.TakeCopies().size()), "Moved.jpg>1.jpg Moved.jpg>2.jpg 0");
 }
 
 // A link, a pipe or a dangling link where a page or a copy goes is replaced by

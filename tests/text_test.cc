@@ -4,11 +4,13 @@
 
 #include <string>
 
+#include "desktop/site_publishing.h"
 #include "generator/cella.h"
 #include "platform/case_fold.h"
 #include "platform/failure.h"
-#include "publish/sizes_file.h"
 #include "platform/windows_path.h"
+#include "publish/site_names.h"
+#include "publish/sizes_file.h"
 #include "shell/testo.h"
 
 namespace vf {
@@ -43,8 +45,7 @@ TEST(Text, LeadingNumbersAndNumberForms) {
       {".", 0},      {"1e999", 0}, {"5e-1", 0.5}, {"1E+2", 100}, {"1e-", 1},
       {"10", 10},    {"\t+4", 4},  {"+-3", 0},    {"inf", 0},    {"0x10", 0}};
   for (auto [text, value] : leading) EXPECT_EQ(NumeroIniziale(text), value) << text;
-  EXPECT_EQ(Cifre(1, 4) + Cifre(12, 3) + Cifre(1000, 3) + Trim("  a b  ") + Trim(" "),
-            "0001012000a b");
+  EXPECT_EQ(Trim("  a b  ") + Trim(" "), "a b");
   EXPECT_EQ(ConBlank(1) + ConBlank(-1) + ConBlank(0) + Decimale(18) + " " + Decimale(2.5) + " " +
                 Decimale(9e15),
             " 1-1 018 2.5 9e+15");
@@ -56,6 +57,22 @@ std::string Parsed(std::string_view text) {
   ParsedPath out;
   int failure = ParseWindowsPath(text, ParsedPath{'C', {"sito", "foto"}}, &out);
   return failure == kOk ? FormatWindowsPath(out) : "ERR " + std::to_string(failure);
+}
+
+TEST(Text, SiteNamesInEitherCaseKeepTheLastDigits) {
+  // Names in small letters, in capitals, and the numbers' last digits.
+  const std::vector<std::pair<std::string, std::string>> names = {
+      {AlbumFolderName(1, false), "dir_0001"},
+      {AlbumFolderName(12345, true), "DIR_2345"},
+      {CopyName(7, "JpG", false), "img_007.jpg"},
+      {CopyName(1000, "tif", true), "IMG_000.TIF"},
+      {PicturePageName(12, false) + PicturePageName(3, true), "img_012.htmIMG_003.HTM"},
+      {MenuLinkFromIndex(2, true), "DIR_0002\\MENU.HTM"},
+      {MenuLinkFromAlbum(9, false), "../dir_0009/menu.htm"},
+      {IndexLinkFromAlbum(true) + IndexLinkFromAlbum(false), "../INDEX.HTM../index.htm"},
+      {SizeFolderName("Mini", true) + SizeFolderName("WEB", false), "MINIweb"},
+      {CopyExtension("C:\\F\\a.jpeg") + CopyExtension("ab") + CopyExtension(""), "pegab"}};
+  for (const auto& [made, expected] : names) EXPECT_EQ(made, expected);
 }
 
 TEST(Text, WindowsPaths) {
@@ -85,6 +102,13 @@ TEST(Text, WindowsPaths) {
   }
 }
 
+// The message of the sizes file's bad lines, one a line.
+std::string Lines(const std::vector<std::string>& lines) {
+  std::string m = "Righe non valide nel file DIMENSIONI.TXT, non considerate:";
+  for (const std::string& line : lines) m += "\r" + line;
+  return m;
+}
+
 TEST(Text, SizesFileLinesGiveSizesAndBadOnesAreNamed) {
   const SizesFile f = ParseSizesFile(
       "# formato: cartella pixel\r\nmini 480\r\n\r\n  web\t1600  \r\nzero 0\nmeno -5\nmezzo 2.5\n"
@@ -93,12 +117,13 @@ TEST(Text, SizesFileLinesGiveSizesAndBadOnesAreNamed) {
   std::vector<std::string> sizes;
   for (const DerivedSize& s : f.sizes) sizes.push_back(s.folder + " " + std::to_string(s.pixels));
   EXPECT_EQ(sizes, (std::vector<std::string>{"mini 480", "web 1600", "tanto 20000", "uno 1"}));
-  EXPECT_EQ(f.bad_lines,
-            (std::vector<std::string>{
-                "riga 5: zero 0", "riga 6: meno -5", "riga 7: mezzo 2.5", "riga 8: troppo 20001",
-                "riga 11: ../fuori 300", "riga 12: a/b 300", "riga 13: a\\b 300", "riga 14: .. 300",
-                "riga 15: punto. 300", "riga 16: due:punti 300", "riga 17: MINI 200",
-                "riga 18: solo", "riga 19: tre parole 300", "riga 20: 300"}));
+  EXPECT_EQ(
+      BadLinesMessage(f),
+      Lines({"riga 5: zero 0", "riga 6: meno -5", "riga 7: mezzo 2.5", "riga 8: troppo 20001",
+             "riga 11: ../fuori 300", "riga 12: a/b 300", "riga 13: a\\b 300", "riga 14: .. 300",
+             "riga 15: punto. 300", "riga 16: due:punti 300", "riga 17: MINI 200", "riga 18: solo",
+             "riga 19: tre parole 300", "riga 20: 300"}));
+  EXPECT_EQ(BadLinesMessage(ParseSizesFile("mini 480")), "");
 }
 
 TEST(Text, SizeFolderNamesHaveAtMost64CharactersAndBadLinesAreCut) {
@@ -114,11 +139,10 @@ TEST(Text, SizeFolderNamesHaveAtMost64CharactersAndBadLinesAreCut) {
   ASSERT_EQ(f.sizes.size(), 2u);
   EXPECT_EQ(f.sizes[0].folder + f.sizes[1].folder, a64 + e64);
   // A line is shown whole up to 80 characters, else its first 80 and "…".
-  EXPECT_EQ(f.bad_lines,
-            (std::vector<std::string>{
-                "riga 3: " + repeat("b", 65) + " 300", "riga 4: " + repeat("é", 65) + " 400",
-                "riga 5: " + repeat("x", 80) + "…", "riga 6: z " + repeat("9", 78),
-                "riga 7: y " + repeat("à", 78) + "…"}));
+  EXPECT_EQ(BadLinesMessage(f),
+            Lines({"riga 3: " + repeat("b", 65) + " 300", "riga 4: " + repeat("é", 65) + " 400",
+                   "riga 5: " + repeat("x", 80) + "…", "riga 6: z " + repeat("9", 78),
+                   "riga 7: y " + repeat("à", 78) + "…"}));
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 #include "tests/fuzz/fuzz_support.h"
 #include "tests/support/banco.h"
 
-struct ChunkedFiles : vf::MemoryFileSystem {
+struct ChunkedFiles : vf::TempTreeFileSystem {
   static inline size_t chunk = 1;
   struct Input : vf::InputFile {
     std::unique_ptr<InputFile> whole;
@@ -19,7 +19,7 @@ struct ChunkedFiles : vf::MemoryFileSystem {
   };
   int ReadFile(const Place& file, std::unique_ptr<vf::InputFile>* out) override {
     *out = std::make_unique<Input>();
-    return MemoryFileSystem::ReadFile(file, &static_cast<Input&>(**out).whole);
+    return TempTreeFileSystem::ReadFile(file, &static_cast<Input&>(**out).whole);
   }
 };
 

@@ -11,6 +11,7 @@
 
 #include "platform/case_fold.h"
 #include "platform/host_file_system.h"
+#include "publish/site_names.h"
 #include "shell/testo.h"
 #include "tests/fuzz/fuzz_support.h"
 
@@ -22,7 +23,8 @@ void vf::fuzz::FuzzOne(std::string_view input) {
   if (input.size() >= sizeof raw) std::memcpy(&raw, input.data(), sizeof raw);
   for (double value : {number, raw}) {
     const int64_t rounded = ArrotondaPari(value);
-    const std::string text = Decimale(value), forms = ConBlank(rounded) + Cifre(Intero(value), 4);
+    const std::string text = Decimale(value),
+                      forms = ConBlank(rounded) + AlbumFolderName(Intero(value), false);
     if (!(std::fabs(value) < 1e15)) continue;
     const double off = std::fabs(NumeroIniziale(text) - value);
     Check(off <= (value == std::floor(value) ? 0 : 1e-14 * std::fabs(value)), "Decimale", text);

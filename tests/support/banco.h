@@ -12,13 +12,14 @@
 #include "platform/failure.h"
 #include "platform/host_file_system.h"
 #include "platform/user_ops.h"
+#include "publish/hand_over.h"
 #include "shell/avvio.h"
 #include "shell/vetrina.h"
 #include "tests/support/e2e.h"
 
 namespace vf {
 
-// The folder of a MemoryFileSystem's drives; a base, so that it is there before the layer.
+// The folder of a TempTreeFileSystem's drives; a base, so that it is there before the layer.
 struct Drives {
   test::TempTree tree;
 };
@@ -27,9 +28,9 @@ struct Drives {
 // and D: in a temporary folder, and a journal of every change it made with the path as
 // typed: "MKDIR C:\sito\dir_0001", "WRITE C:\sito\index.htm" (at the open),
 // "COPY C:\a.jpg -> C:\sito\x.jpg", "RENAME C:\A.JPG -> C:\a.jpg".
-class MemoryFileSystem : private Drives, public HostFileSystem {
+class TempTreeFileSystem : private Drives, public HostFileSystem {
  public:
-  MemoryFileSystem() : HostFileSystem({{'C', Drive(tree, "C")}, {'D', Drive(tree, "D")}}) {}
+  TempTreeFileSystem() : HostFileSystem({{'C', Drive(tree, "C")}, {'D', Drive(tree, "D")}}) {}
 
   // Seeding, outside the journal: names exactly as given, folders on the way.
   void AddFile(const std::string& winpath, const std::string& bytes) { Seed(winpath, &bytes); }
@@ -98,7 +99,7 @@ class MemoryFileSystem : private Drives, public HostFileSystem {
   // An output file on a disk that fills: the bytes not yet handed over are
   // counted against the free bytes when they are.
   struct Filling : OutputFile {
-    Filling(std::unique_ptr<OutputFile> file, MemoryFileSystem& disk)
+    Filling(std::unique_ptr<OutputFile> file, TempTreeFileSystem& disk)
         : inner(std::move(file)), disk(disk) {}
     int Write(const char* data, size_t size) override {
       pending += size;
@@ -117,7 +118,7 @@ class MemoryFileSystem : private Drives, public HostFileSystem {
       return flushed != kOk ? flushed : closed;
     }
     std::unique_ptr<OutputFile> inner;
-    MemoryFileSystem& disk;
+    TempTreeFileSystem& disk;
     size_t pending = 0;
     int failure = kOk;
   };
@@ -179,7 +180,15 @@ class RecordingUi : public UserOps {
   bool dialog_breaks = false;
 };
 
-// A started program over a file layer in memory, the start's events dropped.
+// The publishing step of the logic's tests: keeps what each build handed over.
+class RecordingPublishing : public PublishingStep {
+ public:
+  void Publish(const BuiltSite& site) override { handed.push_back(site); }
+  std::vector<BuiltSite> handed;
+};
+
+// A started program over a file layer in a temporary tree, the start's
+// events dropped.
 struct Banco {
   Banco() {
     Main(v);
@@ -202,9 +211,10 @@ struct Banco {
     for (const std::string& voce : voci) v.frmALBUM.List1.AddItem(voce);
   }
 
-  MemoryFileSystem fs;
+  TempTreeFileSystem fs;
   RecordingUi ui;
-  Vetrina v{fs, ui};
+  RecordingPublishing publishing;
+  Vetrina v{fs, ui, publishing};
 };
 
 }  // namespace vf::test

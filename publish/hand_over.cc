@@ -1,0 +1,18 @@
+#include "publish/hand_over.h"
+
+#include <utility>
+
+#include "platform/case_fold.h"
+
+namespace vf {
+
+void BuiltSite::Add(AlbumCopy copy) {
+  auto [at, added] = where_.try_emplace(ToLower(copy.copy), copies.size());
+  if (added) {
+    copies.push_back(std::move(copy));
+  } else {
+    copies[at->second] = std::move(copy);
+  }
+}
+
+}  // namespace vf
