@@ -6,6 +6,7 @@
 #include <set>
 #include <utility>
 
+#include "desktop/reason_words.h"
 #include "platform/case_fold.h"
 #include "publish/derived_pictures.h"
 #include "publish/sizes_file.h"
@@ -78,8 +79,8 @@ DerivedPass RunDerivedPass(HostFileSystem& fs, const std::string& program_folder
     std::string m = heading;
     std::set<std::pair<std::string, std::string>> told;
     for (const DeriveProblem& p : problems) {
-      if (!told.insert({p.source, p.cause}).second) continue;
-      m += "\r" + fs.WindowsPath(p.source).value_or(p.source) + " - " + p.cause;
+      if (!told.insert({p.source, ReasonWords(p.why)}).second) continue;
+      m += "\r" + fs.WindowsPath(p.source).value_or(p.source) + " - " + ReasonWords(p.why);
     }
     pass.messages.push_back(m);
   };
