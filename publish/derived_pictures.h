@@ -32,6 +32,8 @@ struct DeriveProblem {
   // written, the album folder.
   std::string source;
   std::string derived;  // the derived picture (or the record) concerned
+  // The front end puts it into words for the user (desktop/reason_words.h);
+  // its detail, libvips' or the system's own text, is for a log.
   Reason why;
 };
 

@@ -343,10 +343,11 @@ TEST_F(DerivedPicturesTest, JpegAndWebpAreSavedAtTheirQuality) {
     DerivePictures({Place(name, Grain(300, 200), "[Q=95]")}, {{"web", 150}}, false, nullptr);
     const vips::VImage made = Load(Derived(std::string("web/") + name));
     const double size = tree_->Read("site/dir_0001/web/" + std::string(name)).size();
+    const std::string suffix = std::string(name).substr(5);
     auto again = [&](int q) {
       void* bytes = nullptr;
       size_t length = 0;
-      made.write_to_buffer(std::string(name).substr(5).c_str(), &bytes, &length,
+      made.write_to_buffer(suffix.c_str(), &bytes, &length,
                            vips::VImage::option()->set("Q", q)->set("strip", true));
       g_free(bytes);
       return std::abs(double(length) - size);
