@@ -1,5 +1,7 @@
 #include "publish/derive_plan.h"
 
+#include <cerrno>
+
 #include "platform/case_fold.h"
 
 namespace vf {
@@ -73,8 +75,11 @@ AlbumFolder OpenAlbumFolder(SiteDisk& disk, const std::string& path,
   album.path = path;
   // No record, or one that cannot be read, is an empty one: all is made again.
   std::string text;
-  if (disk.Read(path + "/" + std::string(DerivedRecord::kFileName), &text).ok()) {
+  if (const DiskResult read = disk.Read(path + "/" + std::string(DerivedRecord::kFileName), &text);
+      read.ok()) {
     album.record = DerivedRecord::Parse(text);
+  } else if (read.error != ENOENT) {
+    album.harmless_failures.push_back(read);
   }
   for (const DerivedSize& size : sizes) {
     album.folders.push_back(capitals ? ToUpper(size.folder) : ToLower(size.folder));

@@ -30,8 +30,9 @@ struct AlbumFolder {
   std::vector<std::optional<Reason>> not_ready;  // per size: why its folder cannot be written in
   bool dirty = false;                    // the record changed since it was read or last written
   std::optional<Reason> record_failure;  // of the record's last write
-  // Steps that failed at no cost to any picture: a crash's leftover not
-  // removed, a case-only rename that failed (the picture is made again).
+  // Steps that failed at no cost to any picture: a record that cannot be
+  // read (all is made again), a crash's leftover not removed, a case-only
+  // rename that failed (the picture is made again).
   std::vector<DiskResult> harmless_failures;
 };
 

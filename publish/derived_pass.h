@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "publish/derived_pictures.h"
 #include "platform/host_file_system.h"
+#include "publish/derived_pictures.h"
 
 namespace vf {
 

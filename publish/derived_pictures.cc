@@ -66,9 +66,11 @@ class Admitted {
 };
 
 // Makes the planned sizes of one picture once `gate` lets its decoded memory
-// in. Runs on a worker thread and touches nothing but the job.
+// in; with `unscalable`, libvips is not there and each is a plain copy. Runs
+// on a worker thread and touches nothing but the job.
 void Make(Job* job, const AlbumFolder& album, const CopyRecord& copy,
-          const std::vector<DerivedSize>& sizes, bool vips_ready, MemoryGate* gate) {
+          const std::vector<DerivedSize>& sizes, const std::optional<Reason>& unscalable,
+          MemoryGate* gate) {
   std::vector<size_t>& to_make = job->plan.to_make;
   if (to_make.empty()) return;
   const std::string& name = job->plan.name;
@@ -87,7 +89,7 @@ void Make(Job* job, const AlbumFolder& album, const CopyRecord& copy,
                    [&](size_t a, size_t b) { return sizes[a].pixels > sizes[b].pixels; });
   Admitted admitted;
   SourcePicture picture;
-  const bool scalable = vips_ready && picture.Open(fd.get(), copy.source);
+  const bool scalable = !unscalable && picture.Open(fd.get(), copy.source);
   if (scalable) {
     job->cost = picture.Cost(sizes[to_make.front()].pixels, to_make.size() > 1);
     admitted.Admit(gate, job->cost);
@@ -110,7 +112,7 @@ void Make(Job* job, const AlbumFolder& album, const CopyRecord& copy,
       continue;
     }
     std::optional<Reason> plain;
-    if (!scaled) plain = vips_ready ? picture.why() : Reason{What::kNoScaler, false, {}};
+    if (!scaled) plain = unscalable ? *unscalable : picture.why();
     if (plain) job->plan.plain.push_back({s, {copy.source, derived(s), *plain}});
     job->made.push_back(DerivedEntry{album.folders[s], sizes[s].pixels, name, ToLower(copy.source),
                                      st.st_size, Nanoseconds(st), written.st_size,
@@ -195,7 +197,12 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
   }
   if (sites.empty()) return outcome;
   const std::vector<Fd> locks = LockFolders(sites);
-  const bool vips_ready = VIPS_INIT("vetrina-foto") == 0;
+  // Without libvips every derived picture is a plain copy.
+  std::optional<Reason> unscalable;
+  if (VIPS_INIT("vetrina-foto") != 0) {
+    unscalable = Reason{What::kNoScaler, false, vips_error_buffer()};
+    vips_error_clear();
+  }
 
   HostSiteDisk disk;
   std::vector<AlbumFolder> albums;
@@ -223,7 +230,7 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
   MemoryGate gate(options.memory_budget > 0 ? options.memory_budget : DefaultDecodeBudget());
   PoolWork calls;
   calls.work = [&](size_t i) {
-    Make(&jobs[i], albums[jobs[i].album], copies[jobs[i].copy], sizes, vips_ready, &gate);
+    Make(&jobs[i], albums[jobs[i].album], copies[jobs[i].copy], sizes, unscalable, &gate);
   };
   calls.finished = [&](size_t i) {
     AlbumFolder& album = albums[jobs[i].album];
@@ -237,7 +244,7 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
   for (AlbumFolder& album : albums) WriteRecordIfChanged(disk, &album);
   // What libvips' cache keeps of the pass (open sources, decoded tiles) is
   // of no use to the next: emptying it closes the files now.
-  if (vips_ready) {
+  if (!unscalable) {
     int most = vips_cache_get_max();
     vips_cache_set_max(0);
     vips_cache_set_max(most);

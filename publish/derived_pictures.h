@@ -52,8 +52,9 @@ struct DeriveOutcome {
   // after them the album folders whose record could not be written.
   std::vector<DeriveProblem> failed;
   // Steps that failed at no cost to any picture, for whoever looks into a
-  // pass: a crash's leftover that could not be removed, a case-only rename
-  // that failed (the picture was made again). Not meant for the user.
+  // pass: a record that could not be read or a case-only rename that failed
+  // (their pictures were made again), a crash's leftover that could not be
+  // removed. Not meant for the user.
   std::vector<DiskResult> harmless_failures;
   // The progress callback asked to stop; the pictures not reached are left
   // as they were.

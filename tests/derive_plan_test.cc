@@ -168,6 +168,11 @@ TEST(DerivePlanTest, OnlyWhatChangedIsMadeAgainAndItsEntryForgottenFirst) {
        [](Site& s) { s.disk.PutLink(s.Derived("web"), s.Derived("mini")); },
        again("web", "mini/img_001.jpg")},
       {"no record", [](Site& s) { s.write_record = false; }, {.to_make = {"mini", "web"}}},
+      {"a record that cannot be read",
+       [](Site& s) { s.disk.Fail("read", In(".derivate"), EACCES); },
+       {.to_make = {"mini", "web"},
+        .kept = kBoth,
+        .harmless = {".derivate " + std::to_string(EACCES)}}},
       {"an older record",
        [](Site& s) {
          s.write_record = false;
