@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "desktop/reason_words.h"
+
 namespace vf {
 namespace {
 
@@ -66,8 +68,9 @@ void SitePublishing::Publish(const BuiltSite& site) {
       std::string m = heading;
       std::set<std::pair<std::string, std::string>> told;
       for (const DeriveProblem& p : problems) {
-        if (!told.insert({p.source, p.cause}).second) continue;
-        m += "\r" + fs_.WindowsPath(p.source).value_or(p.source) + " - " + p.cause;
+        const std::string words = ReasonWords(p.why);
+        if (!told.insert({p.source, words}).second) continue;
+        m += "\r" + fs_.WindowsPath(p.source).value_or(p.source) + " - " + words;
       }
       messages.push_back(m);
     };

@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "publish/reason.h"
+#include "publish/site_disk.h"
+
 namespace vf {
 
 // One web size of the albums: its pictures go to the subfolder `folder` of
@@ -29,9 +32,9 @@ struct DeriveProblem {
   // written, the album folder.
   std::string source;
   std::string derived;  // the derived picture (or the record) concerned
-  // A few Italian words: "file troncato", "non è un'immagine",
-  // "troppo grande: 60000×60000", "disco pieno", "sorgente mancante"...
-  std::string cause;
+  // The front end puts it into words for the user (desktop/reason_words.h);
+  // its detail, libvips' or the system's own text, is for a log.
+  Reason why;
 };
 
 // What a pass left to tell the user, in the order of the copies and then of
@@ -48,6 +51,11 @@ struct DeriveOutcome {
   // the disk is full, a file stands where the size folder should be), and
   // after them the album folders whose record could not be written.
   std::vector<DeriveProblem> failed;
+  // Steps that failed at no cost to any picture, for whoever looks into a
+  // pass: a record that could not be read or a case-only rename that failed
+  // (their pictures were made again), a crash's leftover that could not be
+  // removed. Not meant for the user.
+  std::vector<DiskResult> harmless_failures;
   // The progress callback asked to stop; the pictures not reached are left
   // as they were.
   bool stopped = false;

@@ -1,23 +1,15 @@
 #include "publish/derived_record.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <charconv>
-#include <cstdio>
 #include <utility>
 #include <vector>
 
 #include "platform/case_fold.h"
-#include "platform/failure.h"
-#include "platform/host_files.h"
 
 namespace vf {
 namespace {
 
-constexpr std::string_view kFirstLine = "vetrina-derivate 2";
+constexpr std::string_view kFirstLine = "vetrina-derivate 3";
 
 std::string Key(std::string_view folder, std::string_view copy_name) {
   std::string key = ToLower(folder);
@@ -93,11 +85,29 @@ std::vector<std::string_view> SplitFields(std::string_view line) {
   }
 }
 
+// "key" or "key detail", as ReasonText writes it.
+bool ParseReason(std::string_view text, std::optional<Reason>* reason) {
+  const size_t space = text.find(' ');
+  const std::optional<Reason::What> what = ReasonFromKey(text.substr(0, space));
+  if (!what) return false;
+  reason->emplace();
+  (*reason)->what = *what;
+  if (space != std::string_view::npos) (*reason)->detail = text.substr(space + 1);
+  return true;
+}
+
+std::string ReasonText(const Reason& reason) {
+  std::string text(ReasonKey(reason.what));
+  if (reason.what == Reason::What::kTooLarge) text += " " + reason.detail;
+  return text;
+}
+
 bool ParseLine(std::string_view line, DerivedEntry* entry) {
   std::vector<std::string_view> fields = SplitFields(line);
   if (fields.size() != 10) return false;
+  std::string why;
   if (!Unescape(fields[0], &entry->folder) || !Unescape(fields[2], &entry->copy_name) ||
-      !Unescape(fields[3], &entry->source) || !Unescape(fields[9], &entry->cause)) {
+      !Unescape(fields[3], &entry->source) || !Unescape(fields[9], &why)) {
     return false;
   }
   if (!ReadNumber(fields[1], &entry->pixels) || !ReadNumber(fields[4], &entry->bytes) ||
@@ -105,8 +115,11 @@ bool ParseLine(std::string_view line, DerivedEntry* entry) {
       !ReadNumber(fields[7], &entry->made_mtime_ns)) {
     return false;
   }
-  if (fields[8] != "s" && fields[8] != "c") return false;
-  entry->plain = fields[8] == "c";
+  if (fields[8] == "c") {
+    if (!ParseReason(why, &entry->plain)) return false;
+  } else if (fields[8] != "s" || !why.empty()) {
+    return false;
+  }
   // A name is one step inside the album folder; anything else is not one
   // this program wrote, and must not lead a rename elsewhere.
   auto one_step = [](const std::string& name) {
@@ -116,41 +129,6 @@ bool ParseLine(std::string_view line, DerivedEntry* entry) {
 }
 
 }  // namespace
-
-int WriteFileInPlace(const std::string& folder, const std::string& name,
-                     const std::function<int(int)>& fill, struct stat* written) {
-  std::string temporary;
-  Fd fd;
-  if (int failure =
-          MakeHiddenTemporary(folder + "/" + name, &temporary, &fd, kDerivedTemporaryPrefix)) {
-    return failure;
-  }
-  int failure = fill(fd.get());
-  if (failure == kOk && written && ::fstat(fd.get(), written) != 0) {
-    failure = FailureFromErrno(errno);
-  }
-  int closed = fd.Close();
-  if (failure == kOk) failure = closed;
-  if (failure == kOk && std::rename(temporary.c_str(), (folder + "/" + name).c_str()) != 0) {
-    failure = FailureFromErrno(errno);
-  }
-  if (failure != kOk) ::unlink(temporary.c_str());
-  return failure;
-}
-
-DerivedRecord DerivedRecord::Read(const std::string& album) {
-  Fd fd;
-  if (OpenHostInput(album + "/" + std::string(kFileName), &fd) != kOk) return {};
-  HostInputFile file(std::move(fd));
-  std::string text;
-  char buffer[64 * 1024];
-  size_t got = 0;
-  do {
-    if (file.Read(buffer, sizeof buffer, &got) != kOk) return {};
-    text.append(buffer, got);
-  } while (got > 0);
-  return Parse(text);
-}
 
 DerivedRecord DerivedRecord::Parse(std::string_view text) {
   DerivedRecord record;
@@ -192,16 +170,10 @@ std::string DerivedRecord::Text() const {
       text += '\t' + std::to_string(number);
     }
     text += entry.plain ? "\tc\t" : "\ts\t";
-    AppendEscaped(&text, entry.cause);
+    if (entry.plain) AppendEscaped(&text, ReasonText(*entry.plain));
     text += '\n';
   }
   return text;
-}
-
-int DerivedRecord::Write(const std::string& album) const {
-  std::string text = Text();
-  return WriteFileInPlace(album, std::string(kFileName),
-                          [&text](int fd) { return WriteAll(fd, text); });
 }
 
 }  // namespace vf

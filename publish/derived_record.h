@@ -1,30 +1,15 @@
 #ifndef VF_PUBLISH_DERIVED_RECORD_H_
 #define VF_PUBLISH_DERIVED_RECORD_H_
 
-#include <sys/stat.h>
-
 #include <cstdint>
-#include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "publish/reason.h"
+
 namespace vf {
-
-// Temporary files of the derived pictures and of the record start with this,
-// so that a later build can tell the leftovers of a crash from anything else.
-inline constexpr std::string_view kDerivedTemporaryPrefix = ".derivate-";
-
-// Writes the file `name` of `folder`: `fill` writes the whole content into
-// the descriptor it is given, a temporary file of the same folder, and
-// returns kOk; only then is the file renamed into place, so the name shows
-// the old content or the new one and never a part. On a failure the
-// temporary file is removed. The failure number (platform/failure.h) of what
-// went wrong, or `fill`'s, kOk on success. The file gets the mode any new
-// file gets (0666 less the umask), so a web server can read it. With
-// `written`, the file's status as written is stored there on success.
-int WriteFileInPlace(const std::string& folder, const std::string& name,
-                     const std::function<int(int)>& fill, struct stat* written = nullptr);
 
 // What made one derived picture of an album folder: enough to tell, at the
 // next build, whether the picture under that name is still the right one.
@@ -39,19 +24,22 @@ struct DerivedEntry {
   // it changes one of these, and the picture is made again.
   int64_t made_bytes = 0;
   int64_t made_mtime_ns = 0;
-  bool plain = false;  // a byte copy of the source: it could not be scaled
-  std::string cause;   // for a plain copy, why (see DeriveProblem)
+  // For a byte copy of the source, why it could not be scaled. The file
+  // keeps its detail only for kTooLarge, where it is the dimensions.
+  std::optional<Reason> plain;
 };
 
 // The record of the derived pictures of one album folder, kept in the hidden
 // file `.derivate` in that folder. It is text: the first line is
-// "vetrina-derivate 2", then one line per derived picture with ten fields
+// "vetrina-derivate 3", then one line per derived picture with ten fields
 // separated by a tab:
 //
-//   folder pixels copy_name source bytes mtime_ns made_bytes made_mtime_ns kind cause
+//   folder pixels copy_name source bytes mtime_ns made_bytes made_mtime_ns kind why
 //
-// kind is "s" for a scaled picture and "c" for a plain copy. In the text
-// fields a backslash, tab, line feed and carriage return are written as
+// kind is "s" for a scaled picture, with `why` empty, and "c" for a plain
+// copy, with `why` the key of its reason (ReasonKey, publish/reason.h),
+// followed for kTooLarge by a space and the dimensions ("too-large
+// 60000x60000"). In the text fields a backslash, tab, line feed and carriage return are written as
 // \\ \t \n \r. A line that does not read as such is left out, and a file
 // with another first line (an older record too) is read as empty: the
 // pictures it spoke of are then made again, which is always safe.
@@ -63,9 +51,8 @@ class DerivedRecord {
  public:
   static constexpr std::string_view kFileName = ".derivate";
 
-  // The record of the album folder; empty when there is none or it cannot
-  // be read.
-  static DerivedRecord Read(const std::string& album);
+  // The record of the text of a record file; what cannot be read is left
+  // out, as above.
   static DerivedRecord Parse(std::string_view text);
 
   // The entry for the size folder and copy name, or null; the pointer lives
@@ -77,10 +64,6 @@ class DerivedRecord {
   size_t size() const { return entries_.size(); }
 
   std::string Text() const;
-  // Writes the record into the album folder through a temporary file that is
-  // renamed into place, so a reader sees the old record or the new one. The
-  // failure number (platform/failure.h) of what went wrong, kOk on success.
-  int Write(const std::string& album) const;
 
  private:
   std::map<std::string, DerivedEntry> entries_;

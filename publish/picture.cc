@@ -1,0 +1,207 @@
+#include "publish/picture.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "publish/metadata_sift.h"
+
+namespace vf {
+namespace {
+
+using What = Reason::What;
+
+constexpr int kJpegQuality = 82;
+constexpr int kWebpQuality = 80;
+// Decoders that read line by line keep little in memory whatever the size,
+// so only time bounds them; the others hold the whole picture (a GIF costs
+// about 9 bytes a pixel), so two of them at once must stay well inside a
+// small machine's memory.
+constexpr int64_t kMaxStreamedPixels = int64_t{1} << 30;
+constexpr int64_t kMaxWholePixels = 100'000'000;
+// What the whole-picture decoders hold beyond the decoded pixels: a GIF is
+// decoded into a canvas and a frame, a BMP goes through ImageMagick's own
+// 16-bit copy before libvips gets it.
+constexpr int64_t kWholeFactor = 2;
+constexpr int64_t kBmpFactor = 5;
+
+// libvips' error text, taken and cleared under libvips' own lock.
+std::string TakeVipsError() {
+  const std::unique_ptr<char, decltype(&g_free)> text(vips_error_buffer_copy(), g_free);
+  return text ? std::string(text.get()) : std::string();
+}
+
+bool Flag(const vips::VImage& image, const char* field) {
+  return image.get_typeof(field) != 0 && image.get_int(field) != 0;
+}
+
+// JPEG keeps 8 bits and no transparency: a deeper picture is brought to
+// 8 bits and a transparent one laid on white, as a page would show it.
+vips::VImage ForJpeg(vips::VImage image) {
+  if (image.format() != VIPS_FORMAT_UCHAR) {
+    image =
+        image.colourspace(image.bands() < 3 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB);
+  }
+  if (image.has_alpha()) {
+    image = image.flatten(vips::VImage::option()->set("background", std::vector<double>{255}));
+  }
+  return image;
+}
+
+// The savers that ignore `strip` write what the image carries.
+vips::VImage WithoutMetadata(const vips::VImage& image) {
+  vips::VImage copy = image.copy();
+  const std::unique_ptr<char*, decltype(&g_strfreev)> fields(
+      vips_image_get_fields(copy.get_image()), g_strfreev);
+  for (char** field = fields.get(); *field; ++field) copy.remove(*field);
+  return copy;
+}
+
+}  // namespace
+
+bool SourcePicture::Open(int fd, const std::string& path) {
+  char first[16] = {};
+  const ssize_t got = ::pread(fd, first, sizeof first, 0);
+  const std::optional<PictureKind> announced =
+      KindOfStart(std::string_view(first, got > 0 ? static_cast<size_t>(got) : 0));
+  try {
+    path_ = path;
+    fd_ = fd;
+    source_ = vips::VSource::new_from_descriptor(fd);
+    const char* loader = vips_foreign_find_load_source(source_->get_source());
+    std::optional<PictureKind> kind = loader ? KindOfLoader(loader) : std::nullopt;
+    // ImageMagick reads BMP, and only from a file; it is trusted with
+    // nothing but what starts as a BMP does.
+    if (!kind && announced == PictureKind::kBmp) kind = PictureKind::kBmp;
+    if (!kind) {
+      std::string said = TakeVipsError();  // cleared even when a decoder was found
+      if (loader) said = std::string("decoder ") + loader;
+      if (announced) return Damaged(*announced, std::move(said));
+      why_ = {loader ? What::kUnknownFormat : What::kNotAPicture, false, std::move(said)};
+      return false;
+    }
+    kind_ = *kind;
+    vips::VImage header =
+        kind_ == PictureKind::kBmp
+            ? vips::VImage::new_from_file(
+                  path_.c_str(), vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL))
+            : vips::VImage::new_from_source(
+                  *source_, "", vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
+    whole_factor_ = kind_ == PictureKind::kBmp ? kBmpFactor : kWholeFactor;
+    if ((kind_ == PictureKind::kJpeg && !Flag(header, "jpeg-multiscan")) ||
+        (kind_ == PictureKind::kPng && !Flag(header, "interlaced")) ||
+        kind_ == PictureKind::kWebp) {
+      whole_factor_ = 1;
+    }
+    width_ = header.width();
+    height_ = header.height();
+    bands_ = header.bands();
+    band_bytes_ = static_cast<int>(vips_format_sizeof(header.format()));
+    if (width_ * height_ > (whole_factor_ == 1 ? kMaxStreamedPixels : kMaxWholePixels)) {
+      why_ = {What::kTooLarge, false, std::to_string(width_) + "x" + std::to_string(height_)};
+      return false;
+    }
+    to_srgb_ = header.get_typeof(VIPS_META_ICC_NAME) != 0 ||
+               header.interpretation() == VIPS_INTERPRETATION_CMYK;
+    return true;
+  } catch (const std::exception& e) {
+    vips_error_clear();
+    return Damaged(announced.value_or(kind_), e.what());
+  }
+}
+
+int64_t SourcePicture::Cost(int largest, bool keeps) const {
+  int64_t cost = width_ * height_ * bands_ * band_bytes_ * whole_factor_;
+  if (keeps) {
+    const int64_t longest = std::max<int64_t>({width_, height_, 1});
+    const int64_t scale = std::min<int64_t>(largest, longest);
+    cost += (width_ * scale / longest + 1) * (height_ * scale / longest + 1) * bands_ * band_bytes_;
+  }
+  return cost;
+}
+
+std::optional<std::string> SourcePicture::Scale(int pixels, bool again) {
+  try {
+    vips::VImage image;
+    if (decoded_) {
+      image = decoded_->thumbnail_image(
+          pixels, vips::VImage::option()->set("height", pixels)->set("size", VIPS_SIZE_DOWN));
+    } else {
+      image = Decode(pixels);
+      if (again) {
+        image = image.copy_memory();
+        decoded_ = image;
+      }
+    }
+    const bool jpeg =
+        kind_ == PictureKind::kJpeg || kind_ == PictureKind::kTiff || kind_ == PictureKind::kBmp;
+    if (jpeg) image = ForJpeg(image);
+    std::optional<std::string> saved = Save(image, jpeg);
+    if (!saved) why_ = {What::kScaleFailed, false, "the saved picture's metadata cannot be sifted"};
+    return saved;
+  } catch (const std::exception& e) {
+    vips_error_clear();
+    Damaged(kind_, e.what());
+    return std::nullopt;
+  }
+}
+
+// The source scaled to fit `pixels`, upright, in sRGB and with no metadata,
+// so that scaling it again neither turns nor converts it twice.
+vips::VImage SourcePicture::Decode(int pixels) const {
+  vips::VOption* options = vips::VImage::option()
+                               ->set("height", pixels)
+                               ->set("size", VIPS_SIZE_DOWN)
+                               ->set("fail_on", VIPS_FAIL_ON_ERROR);
+  // A picture with its own profile (or CMYK) is turned into sRGB, what a
+  // page takes a picture without a profile to be; the others are sRGB
+  // already. So no profile is kept: sRGB's would weigh more than a small
+  // picture.
+  if (to_srgb_) options->set("export_profile", "srgb");
+  // Some libvips versions pass `fail_on` to no decoder but a file's, so a
+  // source's decoder is also told through its option string.
+  if (kind_ != PictureKind::kBmp) options->set("option_string", "fail_on=error");
+  vips::VImage image = kind_ == PictureKind::kBmp
+                           ? vips::VImage::thumbnail(path_.c_str(), pixels, options)
+                           : vips::VImage::thumbnail_source(*source_, pixels, options);
+  return WithoutMetadata(image);
+}
+
+std::optional<std::string> SourcePicture::Save(const vips::VImage& image, bool jpeg) const {
+  vips::VOption* options = vips::VImage::option()->set("strip", true);
+  const char* suffix = ".jpg";
+  bool (*sift)(std::string*) = SiftJpeg;
+  if (jpeg) {
+    options->set("Q", kJpegQuality);
+  } else if (kind_ == PictureKind::kPng) {
+    suffix = ".png";
+    sift = SiftPng;
+  } else if (kind_ == PictureKind::kGif) {
+    suffix = ".gif";
+    sift = nullptr;  // the GIF saver writes no metadata
+  } else if (kind_ == PictureKind::kWebp) {
+    suffix = ".webp";
+    sift = SiftWebp;
+    options->set("Q", kWebpQuality);
+  }
+  void* buffer = nullptr;
+  size_t size = 0;
+  image.write_to_buffer(suffix, &buffer, &size, options);
+  std::unique_ptr<void, decltype(&g_free)> owned(buffer, g_free);
+  std::string bytes(static_cast<const char*>(buffer), size);
+  if (sift && !sift(&bytes)) return std::nullopt;
+  return bytes;
+}
+
+bool SourcePicture::Damaged(PictureKind kind, std::string said) {
+  // Whether the file is cut is read from the file itself, never from
+  // libvips' words, which another thread may have changed.
+  why_ = {LooksCut(fd_, kind) ? What::kCut : What::kDamaged, false, std::move(said)};
+  return false;
+}
+
+}  // namespace vf
