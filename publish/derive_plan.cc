@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "platform/case_fold.h"
+#include "publish/site_names.h"
 
 namespace vf {
 namespace {
@@ -82,7 +83,7 @@ AlbumFolder OpenAlbumFolder(SiteDisk& disk, const std::string& path,
     album.harmless_failures.push_back(read);
   }
   for (const DerivedSize& size : sizes) {
-    album.folders.push_back(capitals ? ToUpper(size.folder) : ToLower(size.folder));
+    album.folders.push_back(SizeFolderName(size.folder, capitals));
     album.not_ready.push_back(
         PrepareSizeFolder(disk, path, album.folders.back(), &album.harmless_failures));
   }
