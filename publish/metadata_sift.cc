@@ -94,4 +94,10 @@ bool SiftWebp(std::string* bytes) {
   return true;
 }
 
+bool CleanCopy(std::string* bytes, Removed* removed) {
+  (void)bytes;
+  *removed = {};
+  return false;
+}
+
 }  // namespace vf

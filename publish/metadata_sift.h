@@ -20,6 +20,22 @@ bool SiftPng(std::string* bytes);
 // header.
 bool SiftWebp(std::string* bytes);
 
+// What cleaning a published copy took out, as its owner is told it.
+struct Removed {
+  bool position = false;  // a GPS position
+  bool device = false;    // the device's serial number
+  bool person = false;    // a person's name: artist, owner, creator, by-line
+  bool anything = false;  // any metadata at all
+};
+
+// Cleans a copy of a list entry for publishing, in place, by its own format
+// (JPEG, PNG, WebP or GIF): what identifies a person, a place or a device
+// goes, while the compressed picture, its colour profile and an orientation
+// other than upright stay, so the copy shows as its source did. False, with
+// the bytes untouched, when they are not a whole, well-formed file of one of
+// those formats.
+bool CleanCopy(std::string* bytes, Removed* removed);
+
 }  // namespace vf
 
 #endif  // VF_PUBLISH_METADATA_SIFT_H_

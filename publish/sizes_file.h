@@ -13,6 +13,10 @@ namespace vf {
 // blanks or tabs; blank lines and lines starting with "#" say nothing.
 struct SizesFile {
   std::vector<DerivedSize> sizes;
+  // The setting "metadati tieni": the published copies of the pictures stay
+  // byte for byte as their sources, metadata and all. The default,
+  // "metadati togli", cleans them.
+  bool keep_metadata = false;
   // A line that says something but no usable size: its number (from 1) and
   // its text, cut after 80 characters with "…" so that a huge line makes no
   // huge message.
