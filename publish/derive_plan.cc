@@ -97,7 +97,7 @@ CopyPlan PlanCopy(SiteDisk& disk, AlbumFolder* album, const CopyRecord& copy,
   DiskStatus source;
   const bool have_source =
       disk.Stat(copy.source, &source).ok() && source.type == DiskStatus::Type::kFile;
-  const std::string source_key = ToLower(copy.source);
+  const std::string source_key = SourceKey(copy.source);
   for (size_t s = 0; s < sizes.size(); ++s) {
     const std::string folder = album->path + "/" + album->folders[s];
     const std::string derived = folder + "/" + name;

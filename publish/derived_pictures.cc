@@ -114,9 +114,9 @@ void Make(Job* job, const AlbumFolder& album, const CopyRecord& copy,
     std::optional<Reason> plain;
     if (!scaled) plain = unscalable ? *unscalable : picture.why();
     if (plain) job->plan.plain.push_back({s, {copy.source, derived(s), *plain}});
-    job->made.push_back(DerivedEntry{album.folders[s], sizes[s].pixels, name, ToLower(copy.source),
-                                     st.st_size, Nanoseconds(st), written.st_size,
-                                     Nanoseconds(written), std::move(plain)});
+    job->made.push_back(DerivedEntry{album.folders[s], sizes[s].pixels, name,
+                                     SourceKey(copy.source), st.st_size, Nanoseconds(st),
+                                     written.st_size, Nanoseconds(written), std::move(plain)});
   }
 }
 

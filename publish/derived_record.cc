@@ -1,6 +1,9 @@
 #include "publish/derived_record.h"
 
+#include <glib.h>
+
 #include <charconv>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -9,7 +12,7 @@
 namespace vf {
 namespace {
 
-constexpr std::string_view kFirstLine = "vetrina-derivate 3";
+constexpr std::string_view kFirstLine = "vetrina-derivate 4";
 
 std::string Key(std::string_view folder, std::string_view copy_name) {
   std::string key = ToLower(folder);
@@ -129,6 +132,15 @@ bool ParseLine(std::string_view line, DerivedEntry* entry) {
 }
 
 }  // namespace
+
+std::string SourceKey(std::string_view host_path) {
+  const std::string folded = ToLower(host_path);
+  const std::unique_ptr<gchar, decltype(&g_free)> digest(
+      g_compute_checksum_for_string(G_CHECKSUM_SHA256, folded.data(),
+                                    static_cast<gssize>(folded.size())),
+      g_free);
+  return digest ? std::string(digest.get()) : std::string();
+}
 
 DerivedRecord DerivedRecord::Parse(std::string_view text) {
   DerivedRecord record;

@@ -17,7 +17,7 @@ struct DerivedEntry {
   std::string folder;     // the size folder as written on disk ("mini", "MINI")
   int pixels = 0;         // the size's longest side when it was made
   std::string copy_name;  // the copy's file name as written on disk
-  std::string source;     // the source's path folded to lower case
+  std::string source;     // SourceKey of the source's path
   int64_t bytes = 0;      // the source's size
   int64_t mtime_ns = 0;   // the source's modification time, in ns since 1970
   // The derived picture as this program wrote it: anyone else's change to
@@ -29,9 +29,15 @@ struct DerivedEntry {
   std::optional<Reason> plain;
 };
 
+// How the record knows a source: the SHA-256, in hexadecimal, of its host
+// path folded to small letters. The record is published with the site, so
+// it keeps no readable path of the owner's machine (no user name, no folder
+// names), only what tells one source from another.
+std::string SourceKey(std::string_view host_path);
+
 // The record of the derived pictures of one album folder, kept in the hidden
 // file `.derivate` in that folder. It is text: the first line is
-// "vetrina-derivate 3", then one line per derived picture with ten fields
+// "vetrina-derivate 4", then one line per derived picture with ten fields
 // separated by a tab:
 //
 //   folder pixels copy_name source bytes mtime_ns made_bytes made_mtime_ns kind why

@@ -33,7 +33,7 @@ struct Site {
       const std::string folder = In(sizes[s].folder);
       disk.PutFolder(folder);
       disk.PutFile(folder + "/img_001.jpg", std::string(10 + s, 'd'), 700 + s);
-      record.Put({sizes[s].folder, sizes[s].pixels, "img_001.jpg", "/src/a.jpg", 6, 500,
+      record.Put({sizes[s].folder, sizes[s].pixels, "img_001.jpg", SourceKey("/src/a.jpg"), 6, 500,
                   int64_t(10 + s), int64_t(700 + s), std::nullopt});
     }
   }
@@ -42,7 +42,7 @@ struct Site {
   test::MemorySiteDisk disk;
   DerivedRecord record;
   std::vector<DerivedSize> sizes = {{"mini", 60}, {"web", 150}};
-  // The record keeps the source's path in small letters.
+  // The record knows the source by its path ignoring case.
   CopyRecord copy = {"/src/A.jpg", In("img_001.jpg")};
   bool capitals = false;
   bool write_record = true;

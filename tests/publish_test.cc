@@ -536,6 +536,10 @@ TEST(DerivedRecordTest, TextKeepsAnyNameAndDropsWhatItCannotRead) {
               1'700'000'001'456, Reason{Reason::What::kTooLarge, false, "60000x60000"}});
   record.Put({"web", 1600, "b.jpg", "/foto/b.jpg", 1, 2, 3, 4, std::nullopt});
   EXPECT_EQ(DerivedRecord::Parse(record.Text()).Text(), record.Text());
+  // A source is known by a digest of its path ignoring case, never by the path.
+  EXPECT_EQ(SourceKey("/home/giulia/Foto/A.jpg"),
+            "ffc3af227010fa269aafcb347914a4a44c87a80aec472e6c1491d33a5c64199c");
+  EXPECT_EQ(SourceKey("/HOME/Giulia/foto/a.JPG"), SourceKey("/home/giulia/foto/a.jpg"));
   const DerivedRecord parsed = DerivedRecord::Parse(record.Text());
   const DerivedEntry* read = parsed.Find("mini", "img\t1\\2\n.jpg");
   ASSERT_NE(read, nullptr);
@@ -548,15 +552,15 @@ TEST(DerivedRecordTest, TextKeepsAnyNameAndDropsWhatItCannotRead) {
     Names fields = good;
     fields[field] = value;
     if (value == "(none)") fields.erase(fields.begin() + field);
-    std::string text = "vetrina-derivate 3\n" + fields[0];
+    std::string text = "vetrina-derivate 4\n" + fields[0];
     for (size_t i = 1; i < fields.size(); ++i) text += "\t" + fields[i];
     return text + "\n";
   };
   EXPECT_EQ(DerivedRecord::Parse(line(0, "web")).size(), 1u);
   EXPECT_EQ(DerivedRecord::Parse(line(9, "too-large 1x2")).size(), 1u);
-  EXPECT_EQ(DerivedRecord::Parse("vetrina-derivate 3\nweb\t1\ta.jpg\t/a\t1\t2\t3\t4\ts\t\n").size(),
+  EXPECT_EQ(DerivedRecord::Parse("vetrina-derivate 4\nweb\t1\ta.jpg\t/a\t1\t2\t3\t4\ts\t\n").size(),
             1u);
-  for (const char* older : {"vetrina-derivate 1", "vetrina-derivate 2"}) {
+  for (const char* older : {"vetrina-derivate 1", "vetrina-derivate 2", "vetrina-derivate 3"}) {
     EXPECT_EQ(DerivedRecord::Parse(older + line(0, "web").substr(18)).size(), 0u) << older;
   }
   const std::pair<size_t, std::string> spoilt[] = {
