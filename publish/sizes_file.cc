@@ -1,5 +1,6 @@
 #include "publish/sizes_file.h"
 
+#include <cstdint>
 #include <sstream>
 #include <string_view>
 
@@ -11,6 +12,33 @@ namespace {
 constexpr int kMaxPixels = 20000;
 constexpr size_t kMaxNameCharacters = 64;
 constexpr size_t kShownLineCharacters = 80;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+// The word of the setting line, which no size may take as its folder.
+constexpr std::string_view kMetadataWord = "metadati";
+
+// True when the text is well-formed UTF-8: every sequence whole, shortest,
+// and no surrogate or code point past U+10FFFF.
+bool ValidUtf8(std::string_view text) {
+  for (size_t i = 0; i < text.size();) {
+    const auto byte = [&](size_t at) { return static_cast<unsigned char>(text[at]); };
+    const unsigned char lead = byte(i);
+    size_t length = lead < 0x80                    ? 1
+                    : lead >= 0xC2 && lead <= 0xDF ? 2
+                    : lead >= 0xE0 && lead <= 0xEF ? 3
+                    : lead >= 0xF0 && lead <= 0xF4 ? 4
+                                                   : 0;
+    if (length == 0 || i + length > text.size()) return false;
+    uint32_t code = length == 1 ? lead : lead & (0x7F >> length);
+    for (size_t k = 1; k < length; ++k) {
+      if ((byte(i + k) & 0xC0) != 0x80) return false;
+      code = code << 6 | (byte(i + k) & 0x3F);
+    }
+    const uint32_t least[] = {0, 0, 0x80, 0x800, 0x10000};
+    if (code < least[length] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return false;
+    i += length;
+  }
+  return true;
+}
 
 // The number of characters of UTF-8 text, counting no continuation byte.
 size_t Characters(std::string_view text) {
@@ -57,22 +85,36 @@ bool FolderName(const std::string& name) {
 
 SizesFile ParseSizesFile(const std::string& text) {
   SizesFile out;
-  std::istringstream lines(text);
+  // An editor may begin a UTF-8 file with its byte order mark.
+  std::istringstream lines(text.starts_with(kByteOrderMark) ? text.substr(3) : text);
   int number = 0;
+  bool metadata_said = false;
   for (std::string line; std::getline(lines, line);) {
     ++number;
     if (!line.empty() && line.back() == '\r') line.pop_back();
     std::istringstream words(line);
-    std::string name, pixels, more;
-    words >> name >> pixels >> more;
+    std::string name, value, more;
+    words >> name >> value >> more;
     if (name.empty() || name.front() == '#') continue;
-    int value = 0;
-    bool good = more.empty() && WholeNumber(pixels, &value) && FolderName(name);
+    bool good = more.empty() && ValidUtf8(line);
+    if (EqualIgnoringCase(name, kMetadataWord)) {
+      // A setting is said once; a second line, or a value it has not, is bad.
+      good = good && !metadata_said &&
+             (EqualIgnoringCase(value, "tieni") || EqualIgnoringCase(value, "togli"));
+      if (good) {
+        metadata_said = true;
+        out.keep_metadata = EqualIgnoringCase(value, "tieni");
+        continue;
+      }
+    }
+    int pixels = 0;
+    good = good && !EqualIgnoringCase(name, kMetadataWord) && WholeNumber(value, &pixels) &&
+           FolderName(name);
     for (const DerivedSize& earlier : out.sizes) {
       if (EqualIgnoringCase(earlier.folder, name)) good = false;
     }
     if (good) {
-      out.sizes.push_back({name, value});
+      out.sizes.push_back({name, pixels});
     } else {
       out.bad_lines.push_back({number, Shown(line)});
     }

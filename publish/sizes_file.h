@@ -27,7 +27,11 @@ struct SizesFile {
   std::vector<BadLine> bad_lines;
 };
 
-// Reads the file's text (CR LF or LF lines). A line is bad when it does not
+// Reads the file's text, UTF-8 with or without a byte order mark, CR LF or
+// LF lines. A setting line is a reserved word and its value: "metadati
+// tieni" or "metadati togli" (either word in any case); a second setting
+// line, or one with another value, is bad. A line is bad when it is not
+// well-formed UTF-8, and a size line when it does not
 // hold exactly a name and a whole number from 1 to 20000, when the name
 // could lead out of the album folder, is no Windows name or is longer than
 // 64 characters, or when an earlier line already names the folder (ignoring

@@ -126,6 +126,36 @@ TEST(Text, SizesFileLinesGiveSizesAndBadOnesAreNamed) {
   EXPECT_EQ(BadLinesMessage(ParseSizesFile("mini 480")), "");
 }
 
+TEST(Text, TheMetadataSettingIsSaidOnceAndTheFileIsUtf8) {
+  // The file's text; whether copies keep their metadata; the sizes; the bad lines.
+  struct Row {
+    std::string text;
+    bool keep;
+    size_t sizes;
+    std::string bad;
+  };
+  const Row rows[] = {
+      {"mini 480\n", false, 1, ""},
+      {"metadati tieni\r\nmini 480\r\n", true, 1, ""},
+      {"Metadati TOGLI\n", false, 0, ""},
+      {"metadati tieni\nmetadati togli\n", true, 0, "riga 2: metadati togli"},
+      {"metadati forse\nmetadati\nmetadati 300\nMETADATI tieni x\n", false, 0,
+       "riga 1: metadati forse\rriga 2: metadati\rriga 3: metadati 300\rriga 4: METADATI tieni x"},
+      {"\xEF\xBB\xBFmini 480\nweb\xE9 900\nmedia\xC3\xA9 700\n\xED\xA0\x80 5\n", false, 2,
+       "riga 2: web\xE9 900\rriga 4: \xED\xA0\x80 5"},
+      {"a\xC0\x80 1\nb\xF4\x90\x80\x80 1\nc\xE2\x82 1\nd\xF0\x9F\x98\x80 1\ne\xE0\x80\x80 1\n",
+       false, 1,
+       "riga 1: a\xC0\x80 1\rriga 2: b\xF4\x90\x80\x80 1\rriga 3: c\xE2\x82 1\rriga 5: "
+       "e\xE0\x80\x80 1"},
+  };
+  for (const Row& row : rows) {
+    const SizesFile f = ParseSizesFile(row.text);
+    EXPECT_EQ(f.keep_metadata, row.keep) << row.text;
+    EXPECT_EQ(f.sizes.size(), row.sizes) << row.text;
+    EXPECT_EQ(BadLinesMessage(f), row.bad.empty() ? "" : Lines({}) + "\r" + row.bad) << row.text;
+  }
+}
+
 TEST(Text, SizeFolderNamesHaveAtMost64CharactersAndBadLinesAreCut) {
   auto repeat = [](const std::string& piece, size_t n) {
     std::string text;
