@@ -81,6 +81,7 @@ int CaseBlindFileSystem::ResolveTarget(const std::string& path, Resolved* r) {
 }
 
 int CaseBlindFileSystem::OpenInput(const std::string& path, std::unique_ptr<InputFile>* file) {
+  BeginOperation();
   Resolved r;
   int failure = ResolveSource(path, &r);
   if (failure != kOk) return failure;
@@ -88,6 +89,7 @@ int CaseBlindFileSystem::OpenInput(const std::string& path, std::unique_ptr<Inpu
 }
 
 int CaseBlindFileSystem::OpenOutput(const std::string& path, std::unique_ptr<OutputFile>* file) {
+  BeginOperation();
   Resolved r;
   int failure = ResolveTarget(path, &r);
   if (failure != kOk) return failure;
@@ -100,6 +102,7 @@ int CaseBlindFileSystem::OpenOutput(const std::string& path, std::unique_ptr<Out
 }
 
 int CaseBlindFileSystem::Copy(const std::string& from, const std::string& to) {
+  BeginOperation();
   Resolved source;
   int failure = ResolveSource(from, &source);
   if (failure != kOk) return failure;
@@ -118,6 +121,7 @@ int CaseBlindFileSystem::Copy(const std::string& from, const std::string& to) {
 }
 
 int CaseBlindFileSystem::MakeFolder(const std::string& path) {
+  BeginOperation();
   Resolved r;
   int failure = Resolve(path, true, &r);
   if (failure != kOk) return failure;
@@ -133,6 +137,7 @@ int CaseBlindFileSystem::MakeFolder(const std::string& path) {
 }
 
 int CaseBlindFileSystem::Rename(const std::string& from, const std::string& to) {
+  BeginOperation();
   Resolved source;
   int failure = Resolve(from, true, &source);
   if (failure != kOk) return failure;
@@ -169,6 +174,7 @@ int CaseBlindFileSystem::Rename(const std::string& from, const std::string& to) 
 }
 
 int CaseBlindFileSystem::SetCurrentFolder(const std::string& path) {
+  BeginOperation();
   Resolved r;
   int failure = Resolve(path, false, &r);
   if (failure != kOk) return failure;
@@ -189,6 +195,7 @@ int CaseBlindFileSystem::SetCurrentDrive(const std::string& drive) {
 }
 
 FolderListing CaseBlindFileSystem::ListFolder(const std::string& path) {
+  BeginOperation();
   FolderListing listing;
   Resolved r;
   int failure = Resolve(path, false, &r);
@@ -217,6 +224,7 @@ FolderListing CaseBlindFileSystem::ListFolder(const std::string& path) {
 }
 
 int CaseBlindFileSystem::Attributes(const std::string& path, int* attributes) {
+  BeginOperation();
   Resolved r;
   int failure = Resolve(path, false, &r);
   if (failure != kOk) return failure;

@@ -66,6 +66,9 @@ class CaseBlindFileSystem : public FileSystem {
     return ParseWindowsPath(path, current_, out);
   }
 
+  // Called first by each operation above: what the layer learnt of the
+  // disk during one operation may be trusted until the next one starts.
+  virtual void BeginOperation() {}
   virtual bool IsMapped(char drive) const = 0;
   virtual bool IsReadOnly(char drive) const = 0;
   // kOk when the existing folder at `folder` is there, else 76.

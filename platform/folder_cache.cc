@@ -83,17 +83,20 @@ int FolderCache::Load(const std::string& dir, Folders::iterator* it) {
     folder.by_lower[ToLower(entry->d_name)].push_back(Name{entry->d_name, entry->d_type});
   }
   if (folders_.size() >= kMaxFolders) folders_.clear();
+  folder.checked = operation_;
   *it = folders_.insert_or_assign(dir, std::move(folder)).first;
   return kOk;
 }
 
 int FolderCache::Current(const std::string& dir, Folders::iterator* it) {
+  if ((*it)->second.checked == operation_) return kOk;
   Stamp now;
   int failure = StampOf(dir, &now);
   // A folder that is gone keeps its entry: a folder made again in its place
   // has another stamp, so the entry is never taken for it.
   if (failure != kOk) return failure;
   if (now != (*it)->second.stamp) return Load(dir, it);
+  (*it)->second.checked = operation_;
   return kOk;
 }
 
@@ -166,7 +169,11 @@ unsigned char FolderCache::Remove(Folder* folder, const std::string& name) {
 void FolderCache::Restamp(const std::string& dir) {
   auto it = folders_.find(dir);
   if (it == folders_.end()) return;
-  if (StampOf(dir, &it->second.stamp) != kOk) folders_.erase(it);
+  if (StampOf(dir, &it->second.stamp) != kOk) {
+    folders_.erase(it);
+  } else {
+    it->second.checked = operation_;
+  }
 }
 
 void FolderCache::Added(const std::string& dir, const std::string& name, FolderEntry::Kind kind) {

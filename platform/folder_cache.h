@@ -33,6 +33,12 @@ class FolderCache {
   // with 76 when `dir` is not a folder.
   int Find(const std::string& dir, const std::string& part, std::optional<NameMatch>* found);
 
+  // A new operation of the file layer starts: a folder is checked again for
+  // changes made by anyone else when it is next consulted. Within one
+  // operation a folder is checked once, since a change made meanwhile could
+  // as well have come a moment later.
+  void NextOperation() { ++operation_; }
+
   // The file layer made `name` in `dir`, or removed it, or moved it.
   void Added(const std::string& dir, const std::string& name, FolderEntry::Kind kind);
   void Moved(const std::string& from_dir, const std::string& from_name, const std::string& to_dir,
@@ -57,6 +63,7 @@ class FolderCache {
   };
   struct Folder {
     Stamp stamp;
+    uint64_t checked = 0;  // the operation that last found the stamp current
     std::unordered_map<std::string, std::vector<Name>> by_lower;
   };
   using Folders = std::unordered_map<std::string, Folder>;
@@ -72,6 +79,7 @@ class FolderCache {
   static unsigned char Remove(Folder* folder, const std::string& name);
 
   Folders folders_;
+  uint64_t operation_ = 1;
 };
 
 }  // namespace vf

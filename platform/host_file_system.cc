@@ -78,6 +78,7 @@ std::string HostFileSystem::HostFolderOf(const Place& place) const {
 }
 
 std::optional<std::string> HostFileSystem::HostPath(const std::string& winpath) {
+  BeginOperation();
   Resolved resolved;
   if (Resolve(winpath, false, &resolved) != kOk) return std::nullopt;
   return HostOf(resolved.place);

@@ -35,6 +35,7 @@ class HostFileSystem : public CaseBlindFileSystem {
   std::optional<std::string> WindowsPath(const std::string& host_path) const;
 
  protected:
+  void BeginOperation() override { cache_.NextOperation(); }
   bool IsMapped(char drive) const override;
   bool IsReadOnly(char drive) const override;
   int CheckFolder(const Place& folder) override;
