@@ -3,8 +3,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 namespace vf::test {
@@ -54,6 +56,33 @@ RunResult RunScript(const std::string& script, const fs::path& cwd, const std::s
   std::error_code ec;
   fs::remove_all(work, ec);
   return r;
+}
+
+std::string Output(const std::string& command) {
+  std::string out;
+  if (FILE* pipe = ::popen(command.c_str(), "r")) {
+    char buffer[4096];
+    for (size_t got; (got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+      out.append(buffer, got);
+    ::pclose(pipe);
+  }
+  return out;
+}
+
+std::string IdentifyingTags(const fs::path& file) {
+  std::set<std::string> found;
+  std::istringstream lines(Output("exiftool -a -G1 -s '" + file.string() + "' 2>/dev/null"));
+  for (std::string group, tag, rest; lines >> group >> tag && std::getline(lines, rest);) {
+    for (const char* start : {"[GPS]", "[XMP", "[IPTC]"}) {
+      if (group.starts_with(start)) found.insert(start);
+    }
+    for (const char* name : {"SerialNumber", "OwnerName", "Artist", "Author"}) {
+      if (tag == name) found.insert(name);
+    }
+  }
+  std::string out;
+  for (const std::string& f : found) out += (out.empty() ? "" : " ") + f;
+  return out;
 }
 
 TempTree::TempTree() : root_(MakeTemp("vf-test-XXXXXX")) {}

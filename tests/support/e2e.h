@@ -45,6 +45,21 @@ struct RunResult {
 RunResult RunScript(const std::string& script, const std::filesystem::path& cwd,
                     const std::string& home = "", bool argument = false);
 
+// The standard output of a shell command line (exiftool, grep...).
+std::string Output(const std::string& command);
+
+// The tags exiftool finds in a file that tell where or who, those found of
+// "Artist Author OwnerName SerialNumber [GPS] [IPTC] [XMP" (groups by their
+// start); empty for a clean file.
+std::string IdentifyingTags(const std::filesystem::path& file);
+
+// exiftool's arguments that give a picture all of them, and an orientation
+// of 6 (turned a quarter clockwise to stand).
+inline const std::string kIdentifyingTags =
+    "-GPSLatitude=45.4 -GPSLatitudeRef=N -GPSLongitude=9.2 -GPSLongitudeRef=E "
+    "-SerialNumber=SN4711 -OwnerName=Anna -Artist=Anna -XMP-dc:Creator=Anna -IPTC:By-line=Anna "
+    "-PNG:Author=Anna -Orientation#=6";
+
 // A small template set in `folder`: the five page templates, the thirteen
 // pictures (short texts) and per-picture templates 001 to 009.
 void WriteFixtureTemplates(const TempTree& tree, const std::string& folder);
