@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <set>
 #include <sstream>
 
@@ -31,6 +32,35 @@ std::string Slurp(const fs::path& p) {
 std::string CrLf(const std::string& text) {
   std::string out;
   for (char c : text) out += c == '\n' ? std::string("\r\n") : std::string(1, c);
+  return out;
+}
+
+// What IdentifyingTags looks for in exiftool's output, per file: the file a
+// "======== " line names, or `only` before any such line.
+std::map<std::string, std::string> TagsFound(const std::string& output, const std::string& only) {
+  std::map<std::string, std::set<std::string>> found;
+  std::string file = only;
+  if (!only.empty()) found[only];
+  std::istringstream lines(output);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("======== ")) {
+      found[file = line.substr(9)];
+      continue;
+    }
+    std::string group, tag;
+    std::istringstream(line) >> group >> tag;
+    for (const char* start : {"[GPS]", "[XMP", "[IPTC]"}) {
+      if (group.starts_with(start)) found[file].insert(start);
+    }
+    for (const char* name : {"SerialNumber", "OwnerName", "Artist", "Author"}) {
+      if (tag == name) found[file].insert(name);
+    }
+  }
+  std::map<std::string, std::string> out;
+  for (const auto& [name, tags] : found) {
+    std::string& joined = out[name];
+    for (const std::string& t : tags) joined += (joined.empty() ? "" : " ") + t;
+  }
   return out;
 }
 
@@ -70,18 +100,17 @@ std::string Output(const std::string& command) {
 }
 
 std::string IdentifyingTags(const fs::path& file) {
-  std::set<std::string> found;
-  std::istringstream lines(Output("exiftool -a -G1 -s '" + file.string() + "' 2>/dev/null"));
-  for (std::string group, tag, rest; lines >> group >> tag && std::getline(lines, rest);) {
-    for (const char* start : {"[GPS]", "[XMP", "[IPTC]"}) {
-      if (group.starts_with(start)) found.insert(start);
-    }
-    for (const char* name : {"SerialNumber", "OwnerName", "Artist", "Author"}) {
-      if (tag == name) found.insert(name);
-    }
+  return TagsFound(Output("exiftool -a -G1 -s '" + file.string() + "' 2>/dev/null"),
+                   file.string())[file.string()];
+}
+
+std::map<std::string, std::string> IdentifyingTagsIn(const fs::path& folder) {
+  std::map<std::string, std::string> out;
+  const std::string prefix = folder.string() + "/";
+  for (auto& [name, tags] :
+       TagsFound(Output("exiftool -r -a -G1 -s '" + folder.string() + "' 2>/dev/null"), "")) {
+    out[name.starts_with(prefix) ? name.substr(prefix.size()) : name] = tags;
   }
-  std::string out;
-  for (const std::string& f : found) out += (out.empty() ? "" : " ") + f;
   return out;
 }
 

@@ -2,6 +2,7 @@
 #define VF_TESTS_SUPPORT_E2E_H_
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,9 @@ std::string Output(const std::string& command);
 // "Artist Author OwnerName SerialNumber [GPS] [IPTC] [XMP" (groups by their
 // start); empty for a clean file.
 std::string IdentifyingTags(const std::filesystem::path& file);
+// The same for every file below `folder` that exiftool reads (pictures by
+// their names), by their paths inside it.
+std::map<std::string, std::string> IdentifyingTagsIn(const std::filesystem::path& folder);
 
 // exiftool's arguments that give a picture all of them, and an orientation
 // of 6 (turned a quarter clockwise to stand).
