@@ -70,7 +70,8 @@ std::string CleanMessage(const CleanOutcome& cleaned,
     std::set<std::string> told;
     for (const CleanNote& note : notes) {
       std::string line =
-          photo(note.source) + (IsWriteFailure(note.why) ? " - " + ReasonWords(note.why) : "");
+          photo(note.source) +
+          (note.why && IsWriteFailure(*note.why) ? " - " + ReasonWords(*note.why) : "");
       if (told.insert(line).second) lines.push_back(std::move(line));
     }
     parts.push_back(CutList(heading, lines));

@@ -143,7 +143,7 @@ CleanOutcome CleanCopies(const std::vector<CopyRecord>& copies, size_t workers) 
 
   CleanOutcome outcome;
   for (size_t i = 0; i < jobs.size(); ++i) {
-    CleanNote note{copies[i].source, copies[i].copy, std::move(jobs[i].why)};
+    CleanNote note{copies[i].source, copies[i].copy, std::nullopt};
     switch (jobs[i].result) {
       case Job::Result::kQuiet:
         break;
@@ -154,6 +154,7 @@ CleanOutcome CleanCopies(const std::vector<CopyRecord>& copies, size_t workers) 
         outcome.rewritten.push_back(std::move(note));
         break;
       case Job::Result::kCarrying:
+        note.why = std::move(jobs[i].why);
         outcome.carrying.push_back(std::move(note));
         break;
     }

@@ -2,6 +2,7 @@
 #define VF_PUBLISH_CLEAN_COPIES_H_
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,7 @@ namespace vf {
 struct CleanNote {
   std::string source;
   std::string copy;
-  Reason why;
+  std::optional<Reason> why;
 };
 
 // What cleaning the album copies left to tell, in the order of the copies.

@@ -124,7 +124,7 @@ TEST(CleanCopiesTest, AFullDiskLeavesTheByteCopyWholeAndTellsTheWrite) {
   const std::string copied = tree.Read("site/t.tif");
   const CleanOutcome outcome = OnAFullDisk([&] { return CleanCopies({copy}); });
   ASSERT_EQ(FileNames(outcome.carrying), Names{"t.tif"});
-  EXPECT_EQ(outcome.carrying[0].why.what, Reason::What::kWriteFailed);  // EFBIG is no full disk
+  EXPECT_EQ(outcome.carrying[0].why->what, Reason::What::kWriteFailed);  // EFBIG is no full disk
   EXPECT_TRUE(outcome.rewritten.empty());
   EXPECT_EQ(tree.Read("site/t.tif"), copied);
   EXPECT_EQ(tree.Tree("site"), Names{"t.tif"});
@@ -155,7 +155,7 @@ TEST(CleanCopiesTest, TheKindOfACopyIsReadFromItsFirstBytes) {
 
 TEST(CleanCopiesTest, TheReportCountsNamesAndCutsItsLists) {
   const auto note = [](const std::string& name, Reason::What what = Reason::What::kNotAPicture) {
-    return CleanNote{name, "", {what, false, "detail"}};
+    return CleanNote{name, "", Reason{what, false, "detail"}};
   };
   CleanOutcome many;
   for (int i = 1; i <= 22; ++i) many.carrying.push_back(note("f" + std::to_string(i)));
@@ -168,14 +168,14 @@ TEST(CleanCopiesTest, TheReportCountsNamesAndCutsItsLists) {
       {{}, ""},
       {{1, {}, {}}, gone + "1 immagine."},
       {{12,
-        {note("t.tif")},
+        {CleanNote{"t.tif", "", {}}},
         {note("v.mp4"), note("a.jpg", Reason::What::kDiskFull), note("b.jpg", Reason::What::kCut),
          note("c.jpg", Reason::What::kWriteFailed)}},
        gone + "12 immagini.\r\rQueste foto sono state scritte di nuovo senza i loro dati:\r"
               "C:\\t.tif\r\rQueste foto sono pubblicate con i loro dati, posizione compresa:\r"
               "C:\\v.mp4\rC:\\a.jpg - disco pieno\rC:\\b.jpg\rC:\\c.jpg - scrittura non "
               "riuscita"},
-      {{0, {note("h.heic")}, {}},
+      {{0, {CleanNote{"h.heic", "", {}}}, {}},
        "Queste foto sono state scritte di nuovo senza i loro dati:\rC:\\h.heic"},
       {many, cut + "\r(e altre 2)"},
   };

@@ -66,6 +66,7 @@ struct Photos : TempTree {
     CopyTemplates(*this, "c/PROG", true);
     Write("c/PROG/DIMENSIONI.TXT", Read("c/PROG/DIMENSIONI.TXT") + setting);
     MakeFolder("c/Foto");
+    MakeFolder("c/Sito");
     const vips::VImage grain =
         (Painted(96, 64, kOrange) +
          vips::VImage::gaussnoise(96, 64, vips::VImage::option()->set("sigma", 20.0)))

@@ -483,7 +483,7 @@ TEST(WebSizes, MessagesNameThePhotoAndTheCauseAndBadLinesStayShort) {
                    "creata{CR}C:\\Foto\\rotta.jpg - cartella non creata{CR}C:\\Foto\\p1.jpg - "
                    "cartella non creata",
                    "Queste foto sono pubblicate con i loro dati, posizione compresa:{CR}"
-                   "C:\\Foto\\testo.jpg{CR}C:\\Foto\\rotta.jpg{CR}C:\\Foto\\p1.jpg"}));
+                   "C:\\Foto\\testo.jpg{CR}C:\\Foto\\rotta.jpg"}));
   EXPECT_EQ(site.Read("c/Sito/dir_0001/mini/img_001.jpg"), "non è una foto");
 }
 
