@@ -57,9 +57,9 @@ std::string BadLinesMessage(const SizesFile& sizes) {
 
 std::string CleanMessage(const CleanOutcome& cleaned,
                          const std::function<std::string(const std::string&)>& photo) {
-  std::vector<std::string> parts;
+  std::vector<std::string> paragraphs;
   if (const size_t n = cleaned.identifying; n > 0) {
-    parts.push_back(
+    paragraphs.push_back(
         "Dalle copie pubblicate sono stati tolti posizione GPS e dati dell'apparecchio di " +
         std::to_string(n) + (n == 1 ? " immagine." : " immagini."));
   }
@@ -74,12 +74,12 @@ std::string CleanMessage(const CleanOutcome& cleaned,
           (note.why && IsWriteFailure(*note.why) ? " - " + ReasonWords(*note.why) : "");
       if (told.insert(line).second) lines.push_back(std::move(line));
     }
-    parts.push_back(CutList(heading, lines));
+    paragraphs.push_back(CutList(heading, lines));
   };
   list("Queste foto sono state scritte di nuovo senza i loro dati:", cleaned.rewritten);
   list("Queste foto sono pubblicate con i loro dati, posizione compresa:", cleaned.carrying);
   std::string m;
-  for (const std::string& part : parts) m += (m.empty() ? "" : "\r\r") + part;
+  for (const std::string& p : paragraphs) m += (m.empty() ? "" : "\r\r") + p;
   return m;
 }
 
@@ -105,7 +105,7 @@ void SitePublishing::Publish(const BuiltSite& site) {
     const DeriveOutcome outcome =
         DerivePictures(copies, sizes.sizes, site.capitals, progress_, options_);
     // The copies are in the site already: they are cleaned even when the
-    // user stops the pass, which takes a small part of its time.
+    // user stops the pass, since cleaning takes a fraction of its time.
     std::optional<CleanOutcome> cleaned;
     if (!sizes.keep_metadata) cleaned = CleanCopies(copies, options_.workers);
     if (outcome.stopped) throw FineProgramma{};

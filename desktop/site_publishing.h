@@ -50,7 +50,7 @@ class SitePublishing : public PublishingStep {
 // "(e altre N righe)"; empty when no line is bad.
 std::string BadLinesMessage(const SizesFile& sizes);
 
-// The report of the cleaning, parts separated by a blank line (CR CR):
+// The report of the cleaning, paragraphs separated by a blank line (CR CR):
 // "Dalle copie pubblicate sono stati tolti posizione GPS e dati
 // dell'apparecchio di N immagini." ("di 1 immagine."), then under "Queste
 // foto sono state scritte di nuovo senza i loro dati:" and "Queste foto sono

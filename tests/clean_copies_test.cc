@@ -77,6 +77,7 @@ TEST(CleanCopiesTest, PicturesOfOtherContainersAreWrittenAgainAndTheRestNamed) {
       {"cut.tif", tiff.substr(0, tiff.size() / 2), {}},
       {"pages.tif", Saved(pages, ".tif"), {}},
       {"text.bmp", "BM and whatever follows", {}},
+      {"odd.bmp", kBmp.substr(0, 14) + "\x63" + kBmp.substr(15), {}},  // no such header
       {"b.bmp", kBmp, {}},
       {"empty.jpg", "", {}},
   };
@@ -91,7 +92,8 @@ TEST(CleanCopiesTest, PicturesOfOtherContainersAreWrittenAgainAndTheRestNamed) {
   const CleanOutcome outcome = CleanCopies(copies, 2);
   EXPECT_EQ(outcome.identifying, 0u);
   EXPECT_EQ(FileNames(outcome.rewritten), (Names{"t.tif", "h.heic", "a.avif", "x.jxl"}));
-  EXPECT_EQ(FileNames(outcome.carrying), (Names{"note.jpg", "cut.tif", "pages.tif", "text.bmp"}));
+  EXPECT_EQ(FileNames(outcome.carrying),
+            (Names{"note.jpg", "cut.tif", "pages.tif", "text.bmp", "odd.bmp"}));
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     const fs::path copy = tree.Path("site/" + c.name);
@@ -143,6 +145,7 @@ TEST(CleanCopiesTest, TheKindOfACopyIsReadFromItsFirstBytes) {
       {box("heic\0\0\0\0mif1heic"s), RewriteKind::kHeic},
       {box("mif1\0\0\0\0mif1heic"s), RewriteKind::kHeic},
       {box("avif\0\0\0\0avifmif1"s), RewriteKind::kAvif},
+      {box("avif\0\0\0\0"s), RewriteKind::kAvif},
       {box("mif1\0\0\0\0mif1avif"s), RewriteKind::kAvif},
       {box("isom\0\0\0\0isomavc1"s), {}},      // a video
       {box("mp42\0\0\0\0mp42") + "heic", {}},  // past the box
