@@ -7,6 +7,7 @@
 
 #include "platform/host_file_system.h"
 #include "platform/user_ops.h"
+#include "publish/clean_copies.h"
 #include "publish/derived_pictures.h"
 #include "publish/hand_over.h"
 #include "publish/sizes_file.h"
@@ -21,7 +22,10 @@ namespace vf {
 // pictures are plain copies ("Immagini non riducibili, copiate come sono:")
 // and those whose pictures or record could not be written ("Immagini
 // ridotte non scritte:"), each photo by its Windows path once per cause as
-// "PATH - CAUSE", lines separated by a CR.
+// "PATH - CAUSE", lines separated by a CR. Then, unless the sizes file says
+// "metadati tieni", the album copies are cleaned of their metadata
+// (publish/clean_copies.h) and the last message tells what became of them
+// (see CleanMessage).
 class SitePublishing : public PublishingStep {
  public:
   // `fs` reads the sizes file and turns the build's Windows paths into host
@@ -45,6 +49,16 @@ class SitePublishing : public PublishingStep {
 // a line of its own, the first 20 bad lines as "riga N: TEXT" and
 // "(e altre N righe)"; empty when no line is bad.
 std::string BadLinesMessage(const SizesFile& sizes);
+
+// The report of the cleaning, paragraphs separated by a blank line (CR CR):
+// "Dalle copie pubblicate sono stati tolti posizione GPS e dati
+// dell'apparecchio di N immagini." ("di 1 immagine."), then under "Queste
+// foto sono state scritte di nuovo senza i loro dati:" and "Queste foto sono
+// pubblicate con i loro dati, posizione compresa:" their source photos as
+// `photo` names them, each after a CR, a failed write's cause after " - ",
+// past 20 "(e altre N)"; empty when there is nothing to say.
+std::string CleanMessage(const CleanOutcome& cleaned,
+                         const std::function<std::string(const std::string&)>& photo);
 
 }  // namespace vf
 

@@ -100,7 +100,10 @@ TEST(TemplateSite, TheSizesFileMakesScaledPicturesAndTellsWhatItOnlyCopied) {
                    "C:\\foto\\rotta.jpg - non è un'immagine",
                    "Immagini ridotte non scritte:{CR}C:\\foto\\a.jpg - cartella non creata{CR}"
                    "C:\\foto\\rotta.jpg - cartella non creata{CR}"
-                   "C:\\foto\\b.jpeg - cartella non creata"}));
+                   "C:\\foto\\b.jpeg - cartella non creata",
+                   // Then the copies that are no picture it cleans.
+                   "Queste foto sono pubblicate con i loro dati, posizione compresa:{CR}"
+                   "C:\\foto\\rotta.jpg{CR}C:\\foto\\note.txt"}));
   EXPECT_LT(r.out.find("MSG: Immagini"), r.out.find("ASK: Visualizzo la pagina creata"));
   // Only the size folders and the record are new, and no .txt is in them.
   for (const std::string& name : tree.Tree("c/sito_web")) {

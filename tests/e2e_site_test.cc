@@ -483,7 +483,9 @@ TEST(WebSizes, MessagesNameThePhotoAndTheCauseAndBadLinesStayShort) {
                    "un'immagine{CR}C:\\Foto\\rotta.jpg - file troncato",
                    "Immagini ridotte non scritte:{CR}C:\\Foto\\testo.jpg - cartella non "
                    "creata{CR}C:\\Foto\\rotta.jpg - cartella non creata{CR}C:\\Foto\\p1.jpg - "
-                   "cartella non creata"}));
+                   "cartella non creata",
+                   "Queste foto sono pubblicate con i loro dati, posizione compresa:{CR}"
+                   "C:\\Foto\\testo.jpg{CR}C:\\Foto\\rotta.jpg"}));
   EXPECT_EQ(site.Read("c/Sito/dir_0001/mini/img_001.jpg"), "non è una foto");
 }
 

@@ -3,8 +3,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <map>
+#include <set>
 #include <sstream>
 
 namespace vf::test {
@@ -32,6 +35,35 @@ std::string CrLf(const std::string& text) {
   return out;
 }
 
+// What IdentifyingTags looks for in exiftool's output, per file: the file a
+// "======== " line names, or `only` before any such line.
+std::map<std::string, std::string> TagsFound(const std::string& output, const std::string& only) {
+  std::map<std::string, std::set<std::string>> found;
+  std::string file = only;
+  if (!only.empty()) found[only];
+  std::istringstream lines(output);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("======== ")) {
+      found[file = line.substr(9)];
+      continue;
+    }
+    std::string group, tag;
+    std::istringstream(line) >> group >> tag;
+    for (const char* start : {"[GPS]", "[XMP", "[IPTC]"}) {
+      if (group.starts_with(start)) found[file].insert(start);
+    }
+    for (const char* name : {"SerialNumber", "OwnerName", "Artist", "Author"}) {
+      if (tag == name) found[file].insert(name);
+    }
+  }
+  std::map<std::string, std::string> out;
+  for (const auto& [name, tags] : found) {
+    std::string& joined = out[name];
+    for (const std::string& t : tags) joined += (joined.empty() ? "" : " ") + t;
+  }
+  return out;
+}
+
 }  // namespace
 
 RunResult RunScript(const std::string& script, const fs::path& cwd, const std::string& home,
@@ -54,6 +86,32 @@ RunResult RunScript(const std::string& script, const fs::path& cwd, const std::s
   std::error_code ec;
   fs::remove_all(work, ec);
   return r;
+}
+
+std::string Output(const std::string& command) {
+  std::string out;
+  if (FILE* pipe = ::popen(command.c_str(), "r")) {
+    char buffer[4096];
+    for (size_t got; (got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+      out.append(buffer, got);
+    ::pclose(pipe);
+  }
+  return out;
+}
+
+std::string IdentifyingTags(const fs::path& file) {
+  return TagsFound(Output("exiftool -a -G1 -s '" + file.string() + "' 2>/dev/null"),
+                   file.string())[file.string()];
+}
+
+std::map<std::string, std::string> IdentifyingTagsIn(const fs::path& folder) {
+  std::map<std::string, std::string> out;
+  const std::string prefix = folder.string() + "/";
+  for (auto& [name, tags] :
+       TagsFound(Output("exiftool -r -a -G1 -s '" + folder.string() + "' 2>/dev/null"), "")) {
+    out[name.starts_with(prefix) ? name.substr(prefix.size()) : name] = tags;
+  }
+  return out;
 }
 
 TempTree::TempTree() : root_(MakeTemp("vf-test-XXXXXX")) {}

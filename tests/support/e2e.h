@@ -2,6 +2,7 @@
 #define VF_TESTS_SUPPORT_E2E_H_
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,24 @@ struct RunResult {
 // folder when given; with `argument`, on that text (a path, an option).
 RunResult RunScript(const std::string& script, const std::filesystem::path& cwd,
                     const std::string& home = "", bool argument = false);
+
+// The standard output of a shell command line (exiftool, grep...).
+std::string Output(const std::string& command);
+
+// The tags exiftool finds in a file that tell where or who, those found of
+// "Artist Author OwnerName SerialNumber [GPS] [IPTC] [XMP" (groups by their
+// start); empty for a clean file.
+std::string IdentifyingTags(const std::filesystem::path& file);
+// The same for every file below `folder` that exiftool reads (pictures by
+// their names), by their paths inside it.
+std::map<std::string, std::string> IdentifyingTagsIn(const std::filesystem::path& folder);
+
+// exiftool's arguments that give a picture all of them, and an orientation
+// of 6 (turned a quarter clockwise to stand).
+inline const std::string kIdentifyingTags =
+    "-GPSLatitude=45.4 -GPSLatitudeRef=N -GPSLongitude=9.2 -GPSLongitudeRef=E "
+    "-SerialNumber=SN4711 -OwnerName=Anna -Artist=Anna -XMP-dc:Creator=Anna -IPTC:By-line=Anna "
+    "-PNG:Author=Anna -Orientation#=6";
 
 // A small template set in `folder`: the five page templates, the thirteen
 // pictures (short texts) and per-picture templates 001 to 009.

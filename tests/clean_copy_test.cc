@@ -1,0 +1,286 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <tuple>
+#include <vector>
+#include <vips/vips8>
+
+#include "publish/clean_walk.h"
+#include "publish/metadata_sift.h"
+#include "tests/support/host_checks.h"
+
+namespace vf {
+namespace {
+
+using namespace std::string_literals;
+
+// `n` in `size` bytes, big-endian unless told.
+std::string Num(uint64_t n, int size, bool big = true) {
+  std::string s;
+  for (int i = 0; i < size; ++i) s += static_cast<char>(n >> 8 * (big ? size - 1 - i : i));
+  return s;
+}
+std::string Seg(char marker, const std::string& body) {
+  return "\xFF"s + marker + Num(body.size() + 2, 2) + body;
+}
+std::string Chunk(const std::string& type, const std::string& data) {
+  return Num(data.size(), 4) + type + data + Num(PngCrc(type + data), 4);
+}
+std::string Riff(const std::string& type, const std::string& body) {
+  return type + Num(body.size(), 4, false) + body + (body.size() % 2 ? "\0"s : "");
+}
+
+// A TIFF block: its IFDs one after the other from offset 8. A value below
+// zero points at an IFD: IfdAt(k) at the k-th; `next` is IFD0's link.
+struct Entry {
+  uint16_t tag, type;
+  uint32_t count;
+  int64_t value;
+};
+constexpr int64_t IfdAt(int k) { return -1 - k; }
+std::string Tiff(bool big, const std::vector<std::vector<Entry>>& ifds, int64_t next = 0) {
+  std::vector<int64_t> at{8};
+  for (const auto& ifd : ifds) at.push_back(at.back() + 6 + 12 * static_cast<int64_t>(ifd.size()));
+  const auto value = [&at](int64_t v) { return v < 0 ? at[-1 - v] : v; };
+  std::string tiff = (big ? "MM\0*"s : "II*\0"s) + Num(8, 4, big);
+  for (size_t k = 0; k < ifds.size(); ++k) {
+    tiff += Num(ifds[k].size(), 2, big);
+    for (const Entry& e : ifds[k]) {
+      tiff += Num(e.tag, 2, big) + Num(e.type, 2, big) + Num(e.count, 4, big);
+      tiff += e.type == 3 ? Num(e.value, 2, big) + "\0\0"s : Num(value(e.value), 4, big);
+    }
+    tiff += Num(k == 0 ? value(next) : 0, 4, big);
+  }
+  return tiff;
+}
+std::string Upright(int orientation) { return Tiff(false, {{{0x0112, 3, 1, orientation}}}); }
+
+std::string Saved(const vips::VImage& image, const char* format) {
+  void* buffer = nullptr;
+  size_t size = 0;
+  image.write_to_buffer(format, &buffer, &size);
+  std::string bytes(static_cast<const char*>(buffer), size);
+  g_free(buffer);
+  return bytes;
+}
+std::string Pixels(const std::string& file) {
+  const vips::VImage image = vips::VImage::new_from_buffer(file.data(), file.size(), "");
+  size_t size = 0;
+  void* pixels = image.write_to_memory(&size);
+  std::string bytes(static_cast<const char*>(pixels), size);
+  g_free(pixels);
+  return bytes;
+}
+
+// Small noisy pictures, so that the compressed data holds every kind of
+// byte: a progressive JPEG with restart markers and without JFIF, a PNG with
+// a profile, a WebP's VP8 chunk, a GIF with its looping extension.
+struct Made {
+  std::string jpeg, png, vp8, webp, gif;
+};
+const Made& Pictures() {
+  static const Made made = [] {
+    const vips::VImage noisy =
+        (test::Painted(24, 16, {90, 140, 200}) +
+         vips::VImage::gaussnoise(24, 16, vips::VImage::option()->set("sigma", 50.0)))
+            .cast(VIPS_FORMAT_UCHAR);
+    const std::string webp = Saved(noisy, ".webp[strip]");
+    const size_t vp8 = webp.find("VP8 "), size = (webp[vp8 + 4] & 0xFF) | (webp[vp8 + 5] & 0xFF)
+                                                                              << 8;
+    return Made{Saved(noisy, ".jpg[strip,interlace,restart_interval=1]"),
+                Saved(noisy, ".png[profile=sRGB]"), webp.substr(vp8, 8 + size + size % 2), webp,
+                Saved(noisy, ".gif")};
+  }();
+  return made;
+}
+
+// The made pictures with metadata put in: JPEG segments right after SOI, PNG
+// chunks after IHDR, WebP chunks after the picture (with VP8X `flags` and a
+// profile before it), GIF extensions after the global colour table.
+std::string InJpeg(const std::string& segments) {
+  return "\xFF\xD8"s + segments + Pictures().jpeg.substr(2);
+}
+std::string InPng(const std::string& chunks) {
+  return Pictures().png.substr(0, 33) + chunks + Pictures().png.substr(33);
+}
+std::string InWebp(char flags, const std::string& chunks) {
+  const std::string body = "WEBP" +
+                           Riff("VP8X", flags + "\0\0\0"s + Num(23, 3, false) + Num(15, 3, false)) +
+                           Riff("ICCP", "profile") + Pictures().vp8 + chunks;
+  return "RIFF" + Num(body.size(), 4, false) + body;
+}
+std::string InGif(const std::string& extensions) {
+  const std::string& gif = Pictures().gif;
+  const size_t at = 13 + (gif[10] & 0x80 ? 3 << ((gif[10] & 7) + 1) : 0);
+  return gif.substr(0, at) + extensions + gif.substr(at);
+}
+
+// A JPEG's first scan, found by walking its segments.
+size_t FirstScan(const std::string& jpeg) {
+  size_t at = 2;
+  while (jpeg[at + 1] != '\xDA') at += 2 + (jpeg[at + 2] & 0xFF) * 256 + (jpeg[at + 3] & 0xFF);
+  return at;
+}
+
+std::tuple<bool, bool, bool, bool, int> Told(const Removed& r) {
+  return {r.position, r.device, r.person, r.anything, r.orientation};
+}
+
+TEST(CleanCopyTest, AJpegKeepsItsPictureProfileAndTurnByteForByte) {
+  const std::string& made = Pictures().jpeg;
+  const std::string scans = made.substr(FirstScan(made)),
+                    tables = made.substr(2, FirstScan(made) - 2);
+  const std::string jfif = Seg('\xE0', "JFIF\0\1\2\0\0\1\0\1\0\0"s),
+                    adobe = Seg('\xEE', "Adobe\0\x64\0\0\0\0\1"s),
+                    icc = Seg('\xE2', "ICC_PROFILE\0\1\1profile"s);
+  const std::string source =
+      "\xFF\xD8"s + jfif + Seg('\xE1', "Exif\0\0"s + Tiff(false, {{{0x0112, 3, 1, 6}}})) +
+      Seg('\xE1', "http://ns.adobe.com/xap/1.0/\0<x dc:creator='Ann'/>"s) + "\xFF\xFF" + icc +
+      Seg('\xE2', "MPF\0II*\0"s) + Seg('\xEC', "Ducky") + adobe + Seg('\xFE', "nota") + tables +
+      scans.substr(0, scans.size() - 2) + Seg('\xFE', "after the scans") + "\xFF\xD9" +
+      "motion photo\xFF\xD9"s;
+  std::string clean = source;
+  Removed removed;
+  ASSERT_TRUE(CleanCopy(&clean, &removed));
+  EXPECT_EQ(clean, "\xFF\xD8"s + jfif + Seg('\xE1', "Exif\0\0"s + Upright(6)) + icc + adobe +
+                       tables + scans);
+  EXPECT_EQ(clean.substr(FirstScan(clean)), made.substr(FirstScan(made)));
+  EXPECT_EQ(Pixels(clean), Pixels(made));
+  EXPECT_EQ(Told(removed), Told({false, false, true, true, 6}));
+  // Nothing more goes a second time; a picture without metadata stays as it is.
+  for (const auto& [bare, turn] : {std::pair(clean, 6), {made, 0}}) {
+    std::string again = bare;
+    EXPECT_TRUE(CleanCopy(&again, &removed) && again == bare);
+    EXPECT_EQ(Told(removed), Told({.orientation = turn}));
+  }
+}
+
+TEST(CleanCopyTest, TheExifSaysWhereWhatAndWhoAndTheTurnGoesBackInEachFormat) {
+  const std::string count_past_end = "II*\0\x08\0\0\0\xFF\xFF"s + Num(0x013B, 2, false) +
+                                     Num(2, 2, false) + Num(0xFFFFFFFF, 4, false) + "\0\0\0\0"s;
+  const std::tuple<const char*, std::string, Removed> rows[] = {
+      {"artist, Motorola order",
+       Tiff(true, {{{0x0112, 3, 1, 8}, {0x013B, 2, 4, 0}}}),
+       {false, false, true, true, 8}},
+      {"GPS",
+       Tiff(false, {{{0x0112, 3, 1, 1}, {0x8825, 4, 1, IfdAt(1)}}, {{0, 1, 4, 0x0202}}}),
+       {true, false, false, true, 0}},
+      {"GPS empty",
+       Tiff(false, {{{0x0112, 3, 1, 0}, {0x8825, 4, 1, IfdAt(1)}}, {}}),
+       {false, false, false, true, 0}},
+      {"body serial",
+       Tiff(false, {{{0x0112, 3, 1, 9}, {0x8769, 4, 1, IfdAt(1)}}, {{0xA431, 2, 4, 0}}}),
+       {false, true, false, true, 0}},
+      {"camera serial",
+       Tiff(false, {{{0x0112, 3, 1, 2}, {0xC62F, 2, 4, 0}}}),
+       {false, true, false, true, 2}},
+      {"owner",
+       Tiff(false, {{{0x8769, 4, 1, IfdAt(1)}}, {{0xA430, 2, 4, 0}}}),
+       {false, false, true, true, 0}},
+      {"copyright in IFD1",
+       Tiff(false, {{{0x0112, 3, 1, 7}}, {{0x8298, 2, 4, 0}}}, IfdAt(1)),
+       {false, false, true, true, 7}},
+      {"orientation not a SHORT",
+       Tiff(false, {{{0x0112, 4, 1, 6}}}),
+       {false, false, false, true, 0}},
+      {"loops, offsets outside, nothing counted",
+       Tiff(false,
+            {{{0x8769, 4, 1, IfdAt(0)},
+              {0x8825, 4, 1, 0xFFFFFFF0},
+              {0xA005, 4, 1, 7},
+              {0x013B, 2, 0, 0}}},
+            IfdAt(0)),
+       {false, false, false, true, 0}},
+      {"more entries than bytes", count_past_end, {false, false, true, true, 0}},
+      {"no TIFF header", "Exif", {false, false, false, true, 0}},
+  };
+  for (const auto& [what, tiff, told] : rows) {
+    const int o = told.orientation;
+    const std::tuple<std::string, std::string> formats[] = {
+        {InJpeg(Seg('\xE1', "Exif\0\0"s + tiff)),
+         InJpeg(o ? Seg('\xE1', "Exif\0\0"s + Upright(o)) : "")},
+        {InPng(Chunk("eXIf", tiff)), InPng(o ? Chunk("eXIf", Upright(o)) : "")},
+        {InWebp(0x28, Riff("EXIF", "Exif\0\0"s + tiff)),
+         InWebp(o ? 0x28 : 0x20, o ? Riff("EXIF", Upright(o)) : "")}};
+    for (const auto& [source, cleaned] : formats) {
+      std::string bytes = source;
+      Removed removed;
+      EXPECT_TRUE(CleanCopy(&bytes, &removed) && bytes == cleaned)
+          << what << " " << source.substr(0, 4);
+      EXPECT_EQ(Told(removed), Told(told)) << what << " " << source.substr(0, 4);
+    }
+  }
+}
+
+TEST(CleanCopyTest, OtherMetadataAndTrailersGoWhileProfilesAndLoopingStay) {
+  const std::string xmp = "<x:xmpmeta><rdf:Description exif:GPSLatitude='1' aux:SerialNumber='2'/>",
+                    iptc = "\x1C\x02\x05"s + Num(1, 2) + "t" + "\x1C\x02\x50"s + Num(3, 2) + "Ann";
+  const std::string photoshop = "Photoshop 3.0\0"s + "8BIM\x03\xED\1a"s + Num(1, 4) + "x\0"s +
+                                "8BIM\x04\x04\0\0"s + Num(iptc.size(), 4) + iptc;
+  const std::string png_xmp = "XML:com.adobe.xmp\0\0\0\0\0"s + xmp;
+  const std::string gif_xmp =
+      "\x21\xFF\x0BXMP DataXMP"s + static_cast<char>(xmp.size()) + xmp + "\0"s;
+  const std::tuple<std::string, std::string, Removed> rows[] = {
+      {InJpeg(Seg('\xE1', "http://ns.adobe.com/xap/1.0/\0"s + xmp)),
+       InJpeg(""),
+       {true, true, false, true, 0}},
+      {InJpeg(Seg('\xED', photoshop)), InJpeg(""), {false, false, true, true, 0}},
+      {InJpeg(Seg('\xED', photoshop.substr(0, photoshop.size() - 3))),
+       InJpeg(""),
+       {false, false, false, true, 0}},
+      {InJpeg(Seg('\xE2', "FPXR\0"s) + Seg('\xE5', "RMETA")) + "\0\0",
+       InJpeg(""),
+       {false, false, false, true, 0}},
+      {InPng(Chunk("tEXt", "Author\0Ann"s) + Chunk("tIME", "\x07\xE8\1\1\0\0\0"s)),
+       InPng(""),
+       {false, false, true, true, 0}},
+      {InPng(Chunk("zTXt", "Copyright\0\0x"s)), InPng(""), {false, false, true, true, 0}},
+      {InPng(Chunk("iTXt", png_xmp)) + Chunk("tEXt", "after\0IEND"s),
+       InPng(""),
+       {true, true, false, true, 0}},
+      {InWebp(0x24, Riff("XMP ", xmp)), InWebp(0x20, ""), {true, true, false, true, 0}},
+      {InWebp(0x20, "") + "trailer", InWebp(0x20, ""), {false, false, false, true, 0}},
+      {InGif("\x21\xFE\4nota\0"s + gif_xmp) + "trailer", InGif(""), {true, true, false, true, 0}},
+      {InGif("\x21\xFE\0"s), InGif(""), {false, false, false, true, 0}},
+  };
+  for (const auto& [source, cleaned, told] : rows) {
+    std::string bytes = source;
+    Removed removed;
+    EXPECT_TRUE(CleanCopy(&bytes, &removed) && bytes == cleaned) << source.substr(0, 4);
+    EXPECT_EQ(Told(removed), Told(told)) << source.substr(0, 4);
+  }
+  // What stays decodes as the pictures that libvips made.
+  EXPECT_EQ(Pixels(InPng("")), Pixels(Pictures().png));
+  EXPECT_EQ(Pixels(InWebp(0x20, "")), Pixels(Pictures().webp));
+  EXPECT_EQ(Pixels(InGif("")), Pixels(Pictures().gif));
+}
+
+TEST(CleanCopyTest, WhatIsNotAWholeFileOfAFormatIsRefusedUntouched) {
+  const std::string jpeg = InJpeg(""), png = InPng(""), webp = InWebp(0x20, ""), gif = InGif("");
+  std::vector<std::string> refused = {"",
+                                      "text named .jpg",
+                                      "II*\0\x08\0\0\0"s,
+                                      "\xFF\xD8\xFF\xD9"s,
+                                      "\xFF\xD8\xFF\xD0"s + jpeg.substr(2),
+                                      "\xFF\xD8\xFF\xD8"s + jpeg.substr(2),
+                                      png.substr(0, 8) + png.substr(33),
+                                      png.substr(0, 33) + png.substr(8),
+                                      "RIFF\4\0\0\0WEBP"s,
+                                      webp.substr(0, 12) + Riff("EXIF", "") + webp.substr(12),
+                                      InGif("\x01")};
+  for (const std::string* file : {&jpeg, &png, &webp, &gif}) {
+    for (size_t size = 0; size < file->size(); ++size) refused.push_back(file->substr(0, size));
+  }
+  // A CRC that does not match, a RIFF size past the file or inside a chunk.
+  for (size_t at : {png.size() - 1, size_t{20}}) refused.emplace_back(png)[at] ^= 1;
+  for (char lie : {'\x02', '\xF0'}) refused.emplace_back(webp)[4] += lie;
+  for (const std::string& bad : refused) {
+    std::string bytes = bad;
+    Removed removed{true, true, true, true, 6};
+    EXPECT_FALSE(CleanCopy(&bytes, &removed)) << bad.size() << " " << bad.substr(0, 4);
+    EXPECT_TRUE(bytes == bad && Told(removed) == Told({})) << bad.size();
+  }
+}
+
+}  // namespace
+}  // namespace vf
