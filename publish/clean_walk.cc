@@ -162,8 +162,7 @@ bool WalkGif(std::string_view in, const KeepPiece& keep, std::string* out) {
     size_t end = kNone;
     if (kind == 0x2C && at + 10 < in.size()) {
       // The image descriptor, its own colour table, the LZW code size, the data.
-      const size_t table_end = at + 10 + ColourTable(Byte(in, at + 9));
-      if (table_end < in.size()) end = SubBlocksEnd(in, table_end + 1);
+      end = SubBlocksEnd(in, at + 11 + ColourTable(Byte(in, at + 9)));
     } else if (kind == 0x21) {
       end = SubBlocksEnd(in, at + 2);
     }
