@@ -8,8 +8,6 @@ namespace {
 
 constexpr size_t kNone = std::string_view::npos;
 
-unsigned char Byte(std::string_view s, size_t at) { return static_cast<unsigned char>(s[at]); }
-
 constexpr std::array<uint32_t, 256> kCrcTable = [] {
   std::array<uint32_t, 256> table{};
   for (uint32_t n = 0; n < 256; ++n) {
@@ -164,9 +162,8 @@ bool WalkGif(std::string_view in, const KeepPiece& keep, std::string* out) {
     size_t end = kNone;
     if (kind == 0x2C && at + 10 < in.size()) {
       // The image descriptor, its own colour table, the LZW code size, the data.
-      const size_t table_end = at + 10 + ColourTable(Byte(in, at + 9));
-      if (table_end < in.size()) end = SubBlocksEnd(in, table_end + 1);
-    } else if (kind == 0x21 && at + 1 < in.size()) {
+      end = SubBlocksEnd(in, at + 11 + ColourTable(Byte(in, at + 9)));
+    } else if (kind == 0x21) {
       end = SubBlocksEnd(in, at + 2);
     }
     if (end == kNone) return false;

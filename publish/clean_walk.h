@@ -51,6 +51,10 @@ bool WalkGif(std::string_view in, const KeepPiece& keep, std::string* out);
 // The CRC of a PNG chunk, over its type and data.
 uint32_t PngCrc(std::string_view type_and_data);
 
+inline unsigned char Byte(std::string_view s, size_t at) {
+  return static_cast<unsigned char>(s[at]);
+}
+
 // The unsigned number in `size` bytes (0 to 4) of `s` from `at`, in either
 // byte order; the caller has checked that the bytes are there.
 inline uint32_t Number(std::string_view s, size_t at, int size, bool big) {

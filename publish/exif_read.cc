@@ -46,7 +46,7 @@ constexpr std::pair<std::string_view, bool Removed::*> kTellingXmp[] = {
 // copyright notice, caption writer.
 void ReadIptc(std::string_view iptc, Removed* found) {
   for (size_t at = 0; at + 5 <= iptc.size() && iptc[at] == 0x1C;) {
-    const uint32_t record = Number(iptc, at + 1, 1, true), dataset = Number(iptc, at + 2, 1, true);
+    const unsigned char record = Byte(iptc, at + 1), dataset = Byte(iptc, at + 2);
     size_t size = Number(iptc, at + 3, 2, true), head = 5;
     if (size & 0x8000) {  // an extended dataset: its size follows, in this many bytes
       const size_t digits = size & 0x7FFF;
@@ -113,7 +113,7 @@ void ReadPhotoshop(std::string_view resources, Removed* found) {
   // to an even length. IPTC's records are resource 0x0404.
   for (size_t at = kHead.size(); at + 12 <= resources.size();) {
     if (resources.substr(at, 4) != "8BIM") return;
-    const size_t name = 1 + Number(resources, at + 6, 1, true);
+    const size_t name = 1 + Byte(resources, at + 6);
     const size_t size_at = at + 6 + name + (name & 1);
     if (size_at + 4 > resources.size()) return;
     const size_t size = Number(resources, size_at, 4, true);

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view kExifHead("Exif\0\0", 6), kIccHead("ICC_PROFILE\0", 12);
 
-unsigned char Code(const Piece& piece) { return static_cast<unsigned char>(piece.type[0]); }
+unsigned char Code(const Piece& piece) { return Byte(piece.type, 0); }
 
 // The JPEG segments that the sifting and the cleaning both take out: APP1 to
 // APP15 but Adobe's APP14, and comments.
@@ -53,7 +53,7 @@ bool CleanJpeg(std::string_view in, std::string* out, Removed* found) {
   }
   // JFIF wants its APP0 first; EXIF's APP1 comes right after it.
   size_t at = 2;
-  if (static_cast<unsigned char>((*out)[3]) == 0xE0) at += 2 + Number(*out, 4, 2, true);
+  if (Byte(*out, 3) == 0xE0) at += 2 + Number(*out, 4, 2, true);
   std::string segment("\xFF\xE1");
   const std::string exif = std::string(kExifHead) + OrientationExif(found->orientation);
   PutNumber(&segment, static_cast<uint32_t>(2 + exif.size()), 2, true);

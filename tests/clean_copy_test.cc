@@ -30,8 +30,9 @@ std::string Riff(const std::string& type, const std::string& body) {
   return type + Num(body.size(), 4, false) + body + (body.size() % 2 ? "\0"s : "");
 }
 
-// A TIFF block: its IFDs one after the other from offset 8. A value below
-// zero points at an IFD: IfdAt(k) at the k-th; `next` is IFD0's link.
+// A TIFF block: its IFDs one after the other from offset 8, IFD0 last, so
+// that its link to the next IFD (`next`) ends the block. A value below zero
+// points at an IFD: IfdAt(k) at the k-th.
 struct Entry {
   uint16_t tag, type;
   uint32_t count;
@@ -39,21 +40,23 @@ struct Entry {
 };
 constexpr int64_t IfdAt(int k) { return -1 - k; }
 std::string Tiff(bool big, const std::vector<std::vector<Entry>>& ifds, int64_t next = 0) {
-  std::vector<int64_t> at{8};
-  for (const auto& ifd : ifds) at.push_back(at.back() + 6 + 12 * static_cast<int64_t>(ifd.size()));
+  const size_t n = ifds.size();
+  std::vector<int64_t> at(n + 1, 8);
+  for (size_t k = 1; k < n; ++k)
+    at[k + 1] = at[0] = at[k] + 6 + 12 * static_cast<int64_t>(ifds[k].size());
   const auto value = [&at](int64_t v) { return v < 0 ? at[-1 - v] : v; };
-  std::string tiff = (big ? "MM\0*"s : "II*\0"s) + Num(8, 4, big);
-  for (size_t k = 0; k < ifds.size(); ++k) {
-    tiff += Num(ifds[k].size(), 2, big);
-    for (const Entry& e : ifds[k]) {
+  std::string tiff = (big ? "MM\0*"s : "II*\0"s) + Num(at[0], 4, big);
+  for (size_t k = 1; k <= n; ++k) {
+    tiff += Num(ifds[k % n].size(), 2, big);
+    for (const Entry& e : ifds[k % n]) {
       tiff += Num(e.tag, 2, big) + Num(e.type, 2, big) + Num(e.count, 4, big);
       tiff += e.type == 3 ? Num(e.value, 2, big) + "\0\0"s : Num(value(e.value), 4, big);
     }
-    tiff += Num(k == 0 ? value(next) : 0, 4, big);
+    tiff += Num(k == n ? value(next) : 0, 4, big);
   }
   return tiff;
 }
-std::string Upright(int orientation) { return Tiff(false, {{{0x0112, 3, 1, orientation}}}); }
+std::string Turned(int orientation) { return Tiff(false, {{{0x0112, 3, 1, orientation}}}); }
 
 std::string Saved(const vips::VImage& image, const char* format) {
   void* buffer = nullptr;
@@ -133,16 +136,16 @@ TEST(CleanCopyTest, AJpegKeepsItsPictureProfileAndTurnByteForByte) {
   const std::string jfif = Seg('\xE0', "JFIF\0\1\2\0\0\1\0\1\0\0"s),
                     adobe = Seg('\xEE', "Adobe\0\x64\0\0\0\0\1"s),
                     icc = Seg('\xE2', "ICC_PROFILE\0\1\1profile"s);
-  const std::string source =
-      "\xFF\xD8"s + jfif + Seg('\xE1', "Exif\0\0"s + Tiff(false, {{{0x0112, 3, 1, 6}}})) +
-      Seg('\xE1', "http://ns.adobe.com/xap/1.0/\0<x dc:creator='Ann'/>"s) + "\xFF\xFF" + icc +
-      Seg('\xE2', "MPF\0II*\0"s) + Seg('\xEC', "Ducky") + adobe + Seg('\xFE', "nota") + tables +
-      scans.substr(0, scans.size() - 2) + Seg('\xFE', "after the scans") + "\xFF\xD9" +
-      "motion photo\xFF\xD9"s;
+  const std::string source = "\xFF\xD8"s + jfif + Seg('\xE1', "Exif\0\0"s + Turned(6)) +
+                             Seg('\xE1', "http://ns.adobe.com/xap/1.0/\0<x dc:creator='Ann'/>"s) +
+                             "\xFF\xFF" + icc + Seg('\xE2', "MPF\0II*\0"s) + Seg('\xEC', "Ducky") +
+                             adobe + Seg('\xFE', "nota") + tables +
+                             scans.substr(0, scans.size() - 2) + Seg('\xFE', "after the scans") +
+                             "\xFF\xD9" + "motion photo\xFF\xD9"s;
   std::string clean = source;
   Removed removed;
   ASSERT_TRUE(CleanCopy(&clean, &removed));
-  EXPECT_EQ(clean, "\xFF\xD8"s + jfif + Seg('\xE1', "Exif\0\0"s + Upright(6)) + icc + adobe +
+  EXPECT_EQ(clean, "\xFF\xD8"s + jfif + Seg('\xE1', "Exif\0\0"s + Turned(6)) + icc + adobe +
                        tables + scans);
   EXPECT_EQ(clean.substr(FirstScan(clean)), made.substr(FirstScan(made)));
   EXPECT_EQ(Pixels(clean), Pixels(made));
@@ -156,8 +159,10 @@ TEST(CleanCopyTest, AJpegKeepsItsPictureProfileAndTurnByteForByte) {
 }
 
 TEST(CleanCopyTest, TheExifSaysWhereWhatAndWhoAndTheTurnGoesBackInEachFormat) {
-  const std::string count_past_end = "II*\0\x08\0\0\0\xFF\xFF"s + Num(0x013B, 2, false) +
-                                     Num(2, 2, false) + Num(0xFFFFFFFF, 4, false) + "\0\0\0\0"s;
+  // 65535 entries announced, one there (whose count overflows any size), one cut.
+  const std::string count_past_end = "II*\0\x08\0\0\0\xFF\xFF"s +
+                                     Tiff(false, {{{0xA431, 2, 0xFFFFFFFF, 0}}}).substr(10, 12) +
+                                     Tiff(false, {{{0x013B, 2, 4, 0}}}).substr(10, 10);
   const std::tuple<const char*, std::string, Removed> rows[] = {
       {"artist, Motorola order",
        Tiff(true, {{{0x0112, 3, 1, 8}, {0x013B, 2, 4, 0}}}),
@@ -180,8 +185,8 @@ TEST(CleanCopyTest, TheExifSaysWhereWhatAndWhoAndTheTurnGoesBackInEachFormat) {
       {"copyright in IFD1",
        Tiff(false, {{{0x0112, 3, 1, 7}}, {{0x8298, 2, 4, 0}}}, IfdAt(1)),
        {false, false, true, true, 7}},
-      {"orientation not a SHORT",
-       Tiff(false, {{{0x0112, 4, 1, 6}}}),
+      {"orientation not a SHORT, or none",
+       Tiff(false, {{{0x0112, 4, 1, 6}, {0x0112, 3, 0, 6}}}),
        {false, false, false, true, 0}},
       {"loops, offsets outside, nothing counted",
        Tiff(false,
@@ -191,17 +196,20 @@ TEST(CleanCopyTest, TheExifSaysWhereWhatAndWhoAndTheTurnGoesBackInEachFormat) {
               {0x013B, 2, 0, 0}}},
             IfdAt(0)),
        {false, false, false, true, 0}},
-      {"more entries than bytes", count_past_end, {false, false, true, true, 0}},
+      {"more entries than bytes", count_past_end, {false, true, false, true, 0}},
       {"no TIFF header", "Exif", {false, false, false, true, 0}},
   };
+  // Each block is followed by a second one, whose orientation readers never look at.
+  const std::string late = Turned(3);
   for (const auto& [what, tiff, told] : rows) {
     const int o = told.orientation;
     const std::tuple<std::string, std::string> formats[] = {
-        {InJpeg(Seg('\xE1', "Exif\0\0"s + tiff)),
-         InJpeg(o ? Seg('\xE1', "Exif\0\0"s + Upright(o)) : "")},
-        {InPng(Chunk("eXIf", tiff)), InPng(o ? Chunk("eXIf", Upright(o)) : "")},
-        {InWebp(0x28, Riff("EXIF", "Exif\0\0"s + tiff)),
-         InWebp(o ? 0x28 : 0x20, o ? Riff("EXIF", Upright(o)) : "")}};
+        {InJpeg(Seg('\xE1', "Exif\0\0"s + tiff) + Seg('\xE1', "Exif\0\0"s + late)),
+         InJpeg(o ? Seg('\xE1', "Exif\0\0"s + Turned(o)) : "")},
+        {InPng(Chunk("eXIf", tiff) + Chunk("eXIf", late)),
+         InPng(o ? Chunk("eXIf", Turned(o)) : "")},
+        {InWebp(0x28, Riff("EXIF", "Exif\0\0"s + tiff) + Riff("EXIF", late)),
+         InWebp(o ? 0x28 : 0x20, o ? Riff("EXIF", Turned(o)) : "")}};
     for (const auto& [source, cleaned] : formats) {
       std::string bytes = source;
       Removed removed;
@@ -213,35 +221,40 @@ TEST(CleanCopyTest, TheExifSaysWhereWhatAndWhoAndTheTurnGoesBackInEachFormat) {
 }
 
 TEST(CleanCopyTest, OtherMetadataAndTrailersGoWhileProfilesAndLoopingStay) {
-  const std::string xmp = "<x:xmpmeta><rdf:Description exif:GPSLatitude='1' aux:SerialNumber='2'/>",
-                    iptc = "\x1C\x02\x05"s + Num(1, 2) + "t" + "\x1C\x02\x50"s + Num(3, 2) + "Ann";
-  const std::string photoshop = "Photoshop 3.0\0"s + "8BIM\x03\xED\1a"s + Num(1, 4) + "x\0"s +
-                                "8BIM\x04\x04\0\0"s + Num(iptc.size(), 4) + iptc;
-  const std::string png_xmp = "XML:com.adobe.xmp\0\0\0\0\0"s + xmp;
-  const std::string gif_xmp =
-      "\x21\xFF\x0BXMP DataXMP"s + static_cast<char>(xmp.size()) + xmp + "\0"s;
+  const std::string xmp = "<x:xmpmeta><rdf:Description exif:GPSLatitude='1' aux:SerialNumber='2'/>";
+  // IPTC's by-line (2:80) after a dataset of the extended form, in
+  // Photoshop's resources after one of another kind.
+  const auto photoshop = [](const std::string& by_line) {
+    const std::string iptc = "\x1C\x02\x05\x80\x02"s + Num(1, 2) + "t" + "\x1C\x02\x50"s + by_line;
+    return "Photoshop 3.0\0"s + "8BIM\x03\xED\1a"s + Num(1, 4) + "x\0"s + "8BIM\x04\x04\0\0"s +
+           Num(iptc.size(), 4) + iptc;
+  };
+  const std::string named = photoshop(Num(3, 2) + "Ann"),
+                    png_xmp = "XML:com.adobe.xmp\0\0\0\0\0"s + xmp,
+                    gif_xmp =
+                        "\x21\xFF\x0BXMP DataXMP"s + static_cast<char>(xmp.size()) + xmp + "\0"s,
+                    simple_webp =
+                        "RIFF" + Num(4 + Pictures().vp8.size(), 4, false) + "WEBP" + Pictures().vp8;
+  // Fill bytes before the end of image belong to the compressed data.
+  const std::string filled = InJpeg("").insert(InJpeg("").size() - 2, "\xFF");
+  const Removed gps_serial{true, true, false, true, 0}, person{.person = true, .anything = true},
+      only{.anything = true};
   const std::tuple<std::string, std::string, Removed> rows[] = {
-      {InJpeg(Seg('\xE1', "http://ns.adobe.com/xap/1.0/\0"s + xmp)),
-       InJpeg(""),
-       {true, true, false, true, 0}},
-      {InJpeg(Seg('\xED', photoshop)), InJpeg(""), {false, false, true, true, 0}},
-      {InJpeg(Seg('\xED', photoshop.substr(0, photoshop.size() - 3))),
-       InJpeg(""),
-       {false, false, false, true, 0}},
-      {InJpeg(Seg('\xE2', "FPXR\0"s) + Seg('\xE5', "RMETA")) + "\0\0",
-       InJpeg(""),
-       {false, false, false, true, 0}},
-      {InPng(Chunk("tEXt", "Author\0Ann"s) + Chunk("tIME", "\x07\xE8\1\1\0\0\0"s)),
-       InPng(""),
-       {false, false, true, true, 0}},
-      {InPng(Chunk("zTXt", "Copyright\0\0x"s)), InPng(""), {false, false, true, true, 0}},
-      {InPng(Chunk("iTXt", png_xmp)) + Chunk("tEXt", "after\0IEND"s),
-       InPng(""),
-       {true, true, false, true, 0}},
-      {InWebp(0x24, Riff("XMP ", xmp)), InWebp(0x20, ""), {true, true, false, true, 0}},
-      {InWebp(0x20, "") + "trailer", InWebp(0x20, ""), {false, false, false, true, 0}},
-      {InGif("\x21\xFE\4nota\0"s + gif_xmp) + "trailer", InGif(""), {true, true, false, true, 0}},
-      {InGif("\x21\xFE\0"s), InGif(""), {false, false, false, true, 0}},
+      {InJpeg(Seg('\xE1', "http://ns.adobe.com/xap/1.0/\0"s + xmp)), InJpeg(""), gps_serial},
+      {InJpeg(Seg('\xED', named)), InJpeg(""), person},
+      {InJpeg(Seg('\xED', named.substr(0, named.size() - 3))), InJpeg(""), only},
+      {InJpeg(Seg('\xED', photoshop(Num(0, 2)))), InJpeg(""), only},
+      {filled, filled, {}},
+      {InJpeg(Seg('\xE2', "FPXR\0"s) + Seg('\xE5', "RMETA")) + "\0\0", InJpeg(""), only},
+      {InPng(Chunk("tEXt", "Author\0Ann"s) + Chunk("tIME", "\x07\xE8\1\1\0\0\0"s)), InPng(""),
+       person},
+      {InPng(Chunk("zTXt", "Copyright\0\0x"s)), InPng(""), person},
+      {InPng(Chunk("iTXt", png_xmp)) + Chunk("tEXt", "after\0IEND"s), InPng(""), gps_serial},
+      {InWebp(0x24, Riff("XMP ", xmp)), InWebp(0x20, ""), gps_serial},
+      {InWebp(0x24, Riff("XMP ", "")) + "trailer", InWebp(0x20, ""), only},
+      {simple_webp + "trailer", simple_webp, only},
+      {InGif("\x21\xFE\4nota\0"s + gif_xmp) + "trailer", InGif(""), gps_serial},
+      {InGif("\x21\xFE\0"s), InGif(""), only},
   };
   for (const auto& [source, cleaned, told] : rows) {
     std::string bytes = source;
