@@ -32,17 +32,8 @@ cd "$VF_WORK"
 # each copied to a hundred names.
 mkdir src
 for i in 1 2 3; do
-  vips gaussnoise noise.v 4000 3000 --sigma $((10 + 4 * i)) --mean 0
-  vips xyz xy.v 4000 3000
-  vips extract_band xy.v x.v 0
-  vips extract_band xy.v y.v 1
-  vips bandjoin "x.v y.v x.v" xyx.v
-  vips linear xyx.v ramp.v "0.04 0.05 0.05" "$((20 * i)) 30 60"
-  vips add ramp.v noise.v sum.v
-  vips cast sum.v base.v uchar
-  vips jpegsave base.v "base$i.jpg" --Q 90
+  camera_picture "base$i.jpg" 4000 3000 $((10 + 4 * i)) "0.04 0.05 0.05" "$((20 * i)) 30 60" 90
 done
-rm -f ./*.v
 for n in $(seq 1 $count); do
   cp "base$(((n - 1) % 3 + 1)).jpg" "$(printf 'src/p%04d.jpg' "$n")"
 done

@@ -69,6 +69,23 @@ vf_spread() {
   chattr +T "$@" 2>/dev/null || true
 }
 
+# A JPEG of smooth colour and grain, as a camera gives, made with vips in the
+# current folder: camera_picture OUT WIDTH HEIGHT SIGMA "R G B SCALE" "R G B
+# OFFSET" QUALITY.
+camera_picture() {
+  local out=$1 width=$2 height=$3 sigma=$4 scale=$5 offset=$6 quality=$7
+  vips gaussnoise noise.v "$width" "$height" --sigma "$sigma" --mean 0
+  vips xyz xy.v "$width" "$height"
+  vips extract_band xy.v x.v 0
+  vips extract_band xy.v y.v 1
+  vips bandjoin "x.v y.v x.v" xyx.v
+  vips linear xyx.v ramp.v "$scale" "$offset"
+  vips add ramp.v noise.v sum.v
+  vips cast sum.v base.v uchar
+  vips jpegsave base.v "$out" --Q "$quality"
+  rm -f noise.v xy.v x.v y.v xyx.v ramp.v sum.v base.v
+}
+
 # The middle value of the numbers given.
 median() {
   printf '%s\n' "$@" | sort -g | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'

@@ -46,17 +46,8 @@ printf 'mini 240\r\nweb 800\r\n' >sizes.txt
 
 # Four pictures of smooth colour and grain, as a camera gives.
 for i in 1 2 3 4; do
-  vips gaussnoise noise.v 1200 900 --sigma $((6 + 3 * i)) --mean 0
-  vips xyz xy.v 1200 900
-  vips extract_band xy.v x.v 0
-  vips extract_band xy.v y.v 1
-  vips bandjoin "x.v y.v x.v" xyx.v
-  vips linear xyx.v ramp.v "0.15 0.2 0.12" "$((30 * i)) 40 70"
-  vips add ramp.v noise.v sum.v
-  vips cast sum.v base.v uchar
-  vips jpegsave base.v "base$i.jpg" --Q 85
+  camera_picture "base$i.jpg" 1200 900 $((6 + 3 * i)) "0.15 0.2 0.12" "$((30 * i)) 40 70" 85
 done
-rm -f ./*.v
 for ((n = 1; n <= count; n++)); do
   ln "base$(((n - 1) % 4 + 1)).jpg" "$(printf 'c/Foto/p%04d.jpg' "$n")"
 done
