@@ -9,12 +9,12 @@
 #include <utility>
 #include <vips/vips8>
 
+#include "metadata/metadata_sift.h"
+#include "metadata/picture_kind.h"
 #include "platform/failure.h"
 #include "platform/host_files.h"
 #include "publish/derive_pool.h"
 #include "publish/host_site_disk.h"
-#include "publish/metadata_sift.h"
-#include "publish/picture_kind.h"
 #include "publish/rewritten_picture.h"
 
 namespace vf {

@@ -22,7 +22,7 @@ struct CleanNote {
 // What cleaning the album copies left to tell, in the order of the copies.
 struct CleanOutcome {
   // Copies that lost a GPS position, a device's serial number or a person's
-  // name (publish/metadata_sift.h).
+  // name (metadata/metadata_sift.h).
   size_t identifying = 0;
   // Copies that libvips wrote again, without metadata: TIFF, HEIF, AVIF
   // and JPEG XL, whose own structure is not cleaned in place.

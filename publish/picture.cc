@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "publish/metadata_sift.h"
+#include "metadata/metadata_sift.h"
 
 namespace vf {
 namespace {

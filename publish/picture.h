@@ -6,7 +6,7 @@
 #include <string>
 #include <vips/vips8>
 
-#include "publish/picture_kind.h"
+#include "metadata/picture_kind.h"
 #include "publish/reason.h"
 
 namespace vf {

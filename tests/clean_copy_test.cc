@@ -5,8 +5,8 @@
 #include <vector>
 #include <vips/vips8>
 
-#include "publish/clean_walk.h"
-#include "publish/metadata_sift.h"
+#include "metadata/clean_walk.h"
+#include "metadata/metadata_sift.h"
 #include "tests/support/host_checks.h"
 
 namespace vf {

@@ -17,12 +17,12 @@
 #include <vips/vips8>
 
 #include "desktop/reason_words.h"
+#include "metadata/metadata_sift.h"
 #include "platform/case_fold.h"
 #include "platform/host_files.h"
 #include "publish/derived_memory.h"
 #include "publish/derived_pictures.h"
 #include "publish/derived_record.h"
-#include "publish/metadata_sift.h"
 #include "publish/reason.h"
 #include "tests/support/e2e.h"
 #include "tests/support/host_checks.h"

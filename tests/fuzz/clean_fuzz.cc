@@ -3,7 +3,7 @@
 // than its source but for the orientation put back (at most PNG's eXIf
 // chunk: 12 bytes around 26 of EXIF).
 
-#include "publish/metadata_sift.h"
+#include "metadata/metadata_sift.h"
 #include "tests/fuzz/fuzz_support.h"
 
 void vf::fuzz::FuzzOne(std::string_view input) {

@@ -1,4 +1,4 @@
-#include "publish/clean_walk.h"
+#include "metadata/clean_walk.h"
 
 #include <array>
 #include <utility>

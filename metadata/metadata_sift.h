@@ -1,5 +1,5 @@
-#ifndef VF_PUBLISH_METADATA_SIFT_H_
-#define VF_PUBLISH_METADATA_SIFT_H_
+#ifndef VF_METADATA_METADATA_SIFT_H_
+#define VF_METADATA_METADATA_SIFT_H_
 
 #include <string>
 
@@ -53,4 +53,4 @@ bool CleanCopy(std::string* bytes, Removed* removed);
 
 }  // namespace vf
 
-#endif  // VF_PUBLISH_METADATA_SIFT_H_
+#endif  // VF_METADATA_METADATA_SIFT_H_

@@ -1,4 +1,4 @@
-#include "publish/picture_kind.h"
+#include "metadata/picture_kind.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,10 +1,10 @@
-#include "publish/exif_read.h"
+#include "metadata/exif_read.h"
 
 #include <algorithm>
 #include <utility>
 #include <vector>
 
-#include "publish/clean_walk.h"
+#include "metadata/clean_walk.h"
 
 namespace vf {
 namespace {

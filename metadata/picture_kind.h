@@ -1,5 +1,5 @@
-#ifndef VF_PUBLISH_PICTURE_KIND_H_
-#define VF_PUBLISH_PICTURE_KIND_H_
+#ifndef VF_METADATA_PICTURE_KIND_H_
+#define VF_METADATA_PICTURE_KIND_H_
 
 #include <optional>
 #include <string_view>
@@ -27,4 +27,4 @@ bool LooksCut(int fd, PictureKind kind);
 
 }  // namespace vf
 
-#endif  // VF_PUBLISH_PICTURE_KIND_H_
+#endif  // VF_METADATA_PICTURE_KIND_H_

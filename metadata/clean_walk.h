@@ -1,5 +1,5 @@
-#ifndef VF_PUBLISH_CLEAN_WALK_H_
-#define VF_PUBLISH_CLEAN_WALK_H_
+#ifndef VF_METADATA_CLEAN_WALK_H_
+#define VF_METADATA_CLEAN_WALK_H_
 
 #include <cstdint>
 #include <functional>
@@ -73,4 +73,4 @@ inline void PutNumber(std::string* out, uint32_t n, int size, bool big) {
 
 }  // namespace vf
 
-#endif  // VF_PUBLISH_CLEAN_WALK_H_
+#endif  // VF_METADATA_CLEAN_WALK_H_

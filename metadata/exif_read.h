@@ -1,10 +1,10 @@
-#ifndef VF_PUBLISH_EXIF_READ_H_
-#define VF_PUBLISH_EXIF_READ_H_
+#ifndef VF_METADATA_EXIF_READ_H_
+#define VF_METADATA_EXIF_READ_H_
 
 #include <string>
 #include <string_view>
 
-#include "publish/metadata_sift.h"
+#include "metadata/metadata_sift.h"
 
 namespace vf {
 
@@ -35,4 +35,4 @@ std::string OrientationExif(int orientation);
 
 }  // namespace vf
 
-#endif  // VF_PUBLISH_EXIF_READ_H_
+#endif  // VF_METADATA_EXIF_READ_H_

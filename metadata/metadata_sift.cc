@@ -1,10 +1,10 @@
-#include "publish/metadata_sift.h"
+#include "metadata/metadata_sift.h"
 
 #include <string_view>
 #include <utility>
 
-#include "publish/clean_walk.h"
-#include "publish/exif_read.h"
+#include "metadata/clean_walk.h"
+#include "metadata/exif_read.h"
 
 namespace vf {
 namespace {
