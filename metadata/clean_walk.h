@@ -32,7 +32,8 @@ using KeepPiece = std::function<bool(const Piece& piece, std::string* copy)>;
 // with every byte after it. Strict: the scans' entropy-coded data is read
 // too, the segments between scans are offered to `keep` as well, and the
 // copy ends with the end of image, which the file must have. Scans and the
-// end of image always stay; fill bytes between segments go.
+// end of image always stay; fill bytes before a segment go, while those
+// that end a scan's data stay with it.
 bool WalkJpeg(std::string_view in, bool strict, const KeepPiece& keep, std::string* out);
 
 // PNG. Strict: each chunk's CRC is checked, IHDR comes first and IEND ends
@@ -41,7 +42,7 @@ bool WalkPng(std::string_view in, bool strict, const KeepPiece& keep, std::strin
 
 // WebP. The RIFF size is written afresh, and the VP8X flags in `gone`
 // cleared. Strict: the RIFF size must reach no further than the file and end
-// with a chunk, and an image chunk comes first.
+// with a chunk, and an image chunk or a whole VP8X header comes first.
 bool WalkWebp(std::string_view in, bool strict, unsigned char gone, const KeepPiece& keep,
               std::string* out);
 
