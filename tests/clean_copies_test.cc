@@ -23,12 +23,6 @@ using namespace vf::test;
 using Names = std::vector<std::string>;
 using Kind = std::optional<RewriteKind>;
 
-vips::VImage Grainy(int width, int height) {
-  return (Painted(width, height, kOrange) +
-          vips::VImage::gaussnoise(width, height, vips::VImage::option()->set("sigma", 30.0)))
-      .cast(VIPS_FORMAT_UCHAR);
-}
-
 // src/NAME, tagged when `tags`, and its byte copy site/NAME.
 CopyRecord Place(const TempTree& tree, const std::string& name, const std::string& bytes,
                  bool tags = false) {
@@ -61,7 +55,7 @@ const std::string kBmp = "BM\x3E\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\2\0\0\0\1\0\0
 
 TEST(CleanCopiesTest, PicturesOfOtherContainersAreWrittenAgainAndTheRestNamed) {
   TempTree tree;
-  const vips::VImage grain = Grainy(64, 48);
+  const vips::VImage grain = Grain(64, 48, kOrange, 30);
   vips::VImage pages = grain.join(grain, VIPS_DIRECTION_VERTICAL).copy();
   pages.set("page-height", 48);
   const std::string tiff = Saved(grain, ".tif");
@@ -122,7 +116,7 @@ TEST(CleanCopiesTest, PicturesOfOtherContainersAreWrittenAgainAndTheRestNamed) {
 
 TEST(CleanCopiesTest, AFullDiskLeavesTheByteCopyWholeAndTellsTheWrite) {
   TempTree tree;
-  const CopyRecord copy = Place(tree, "t.tif", Saved(Grainy(200, 150), ".tif"), true);
+  const CopyRecord copy = Place(tree, "t.tif", Saved(Grain(200, 150, kOrange, 30), ".tif"), true);
   const std::string copied = tree.Read("site/t.tif");
   const CleanOutcome outcome = OnAFullDisk([&] { return CleanCopies({copy}); });
   ASSERT_EQ(FileNames(outcome.carrying), Names{"t.tif"});

@@ -35,13 +35,6 @@ using namespace std::string_literals;
 using namespace vf::test;
 using Names = std::vector<std::string>;
 
-// Grain compresses badly: a JPEG of it is mostly data, and slow to scale.
-vips::VImage Grain(int width, int height) {
-  return (Painted(width, height, {0, 0, 0}) +
-          vips::VImage::gaussnoise(width, height, vips::VImage::option()->set("sigma", 60.0)))
-      .cast(VIPS_FORMAT_UCHAR);
-}
-
 vips::VImage Load(const fs::path& path) { return vips::VImage::new_from_file(path.c_str()); }
 
 bool Tagged(const vips::VImage& image) {

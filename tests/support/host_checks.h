@@ -44,6 +44,15 @@ inline vips::VImage Painted(int width, int height, const std::vector<double>& co
       .cast(VIPS_FORMAT_UCHAR);
 }
 
+// A colour with grain over it: grain compresses badly, so a JPEG of it is
+// mostly data, and slow to scale.
+inline vips::VImage Grain(int width, int height, const std::vector<double>& colour = {0, 0, 0},
+                          double sigma = 60) {
+  return (Painted(width, height, colour) +
+          vips::VImage::gaussnoise(width, height, vips::VImage::option()->set("sigma", sigma)))
+      .cast(VIPS_FORMAT_UCHAR);
+}
+
 }  // namespace vf::test
 
 #endif  // VF_TESTS_SUPPORT_HOST_CHECKS_H_
