@@ -1,12 +1,14 @@
 #include "platform/host_files.h"
 
 #include <fcntl.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <cstdint>
 #include <cstdio>
-#include <random>
 #include <utility>
 
 #include "platform/failure.h"
@@ -38,10 +40,18 @@ std::string FolderOf(const std::string& path) {
 
 int MakeHiddenTemporary(const std::string& beside, std::string* temporary, Fd* fd,
                         std::string_view prefix) {
-  std::random_device entropy;
   for (int attempt = 0; attempt < 100; ++attempt) {
+    // getrandom is one cheap call; opening a random device for every copy
+    // would cost more than a small copy itself. Should it fail, the clock and
+    // the attempt still make names that O_EXCL keeps apart.
+    uint64_t draw = 0;
+    if (::getrandom(&draw, sizeof draw, GRND_NONBLOCK) != static_cast<ssize_t>(sizeof draw)) {
+      draw = static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count()) *
+                 0x9E3779B97F4A7C15u +
+             static_cast<uint64_t>(attempt);
+    }
     char digits[17];
-    std::snprintf(digits, sizeof digits, "%08x%08x", entropy(), entropy());
+    std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(draw));
     const std::string path = FolderOf(beside) + std::string(prefix) + digits;
     // The mode the system gives a new file (0666 less the umask), so that a
     // web server running as another user can read it.
