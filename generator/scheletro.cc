@@ -66,8 +66,10 @@ Esito Righe(Vetrina& v, StatoEsecuzione& s, std::initializer_list<const char*> r
 
 Esito Apri_Pagina(Vetrina& v, StatoEsecuzione& s) {
   v.ui.Cursor(true);
-  Esito e =
-      Passo(v, s, v.slots.OpenForWriting(1, v.Module1.Dir_Output + v.Module1.Nome_File_Output));
+  const std::string pagina = v.Module1.Dir_Output + v.Module1.Nome_File_Output;
+  const int aperta = v.slots.OpenForWriting(1, pagina);
+  if (aperta == 0) v.Sito_Costruito.AddIndexPage(pagina);
+  Esito e = Passo(v, s, aperta);
   if (e != Esito::kAvanti) return e;
   e = Righe(v, s, {"<HTML>"});
   if (e != Esito::kAvanti) return e;

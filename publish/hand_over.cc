@@ -15,4 +15,11 @@ void BuiltSite::Add(AlbumCopy copy) {
   }
 }
 
+void BuiltSite::AddIndexPage(const std::string& page) {
+  for (const std::string& known : index_pages) {
+    if (ToLower(known) == ToLower(page)) return;
+  }
+  index_pages.push_back(page);
+}
+
 }  // namespace vf

@@ -25,10 +25,15 @@ struct BuiltSite {
   // there.
   std::vector<AlbumCopy> copies;
   bool capitals = false;  // the case the build chose for the site's names
+  // The index pages the build opened, Windows paths in the order opened:
+  // where a page ended up after the fallbacks of a failed write, and each
+  // page of a paged build. Each once, whatever its case.
+  std::vector<std::string> index_pages;
 
   // Notes a copy the build made; one to a target already noted (in any
   // case, as the file layer matches names) takes its place.
   void Add(AlbumCopy copy);
+  void AddIndexPage(const std::string& page);
 
  private:
   std::unordered_map<std::string, size_t> where_;  // by target folded to small letters

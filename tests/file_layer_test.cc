@@ -188,18 +188,22 @@ TEST(FileLayer, ABuildDoesExactlyItsOperationsInOrder) {
   Command1_Click(b.v);
   EXPECT_EQ(b.fs.Contents("C:\\dir_0001\\img_001.jpg"), "picture");
   EXPECT_EQ(b.fs.Contents("C:\\dir_0001\\img_002.jpg"), "b");
-  // Each build hands its album copies over once, as it made them.
+  // Each build hands its album copies over once, as it made them, and the
+  // index page where it ended up.
   Lines handed;
   for (const BuiltSite& site : b.publishing.handed) {
     handed.push_back(site.capitals ? "MAIUSCOLE" : "minuscole");
+    for (const std::string& page : site.index_pages) handed.push_back("page " + page);
     for (const AlbumCopy& c : site.copies) {
       handed.push_back(c.source + " > " + c.copy + " " + std::to_string(c.album) + "/" +
                        std::to_string(c.place));
     }
   }
-  EXPECT_EQ(handed, (Lines{"minuscole", "c:\\f\\a.jpg > c:\\s\\dir_0001\\img_001.jpg 1/1",
-                           "minuscole", "minuscole", "c:\\f\\a.jpg > c:\\dir_0001\\img_001.jpg 1/1",
-                           "b.jpg > c:\\dir_0001\\img_002.jpg 1/2"}));
+  EXPECT_EQ(handed,
+            (Lines{"minuscole", "page c:\\s\\index.htm",
+                   "c:\\f\\a.jpg > c:\\s\\dir_0001\\img_001.jpg 1/1", "minuscole", "minuscole",
+                   "page C:\\index.htm", "c:\\f\\a.jpg > c:\\dir_0001\\img_001.jpg 1/1",
+                   "b.jpg > c:\\dir_0001\\img_002.jpg 1/2"}));
 }
 
 // A disk that is full, or fills, during a build: the page's first lines are
