@@ -15,6 +15,7 @@ constexpr size_t kShownLineCharacters = 80;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 // The word of the setting line, which no size may take as its folder.
 constexpr std::string_view kMetadataWord = "metadati";
+constexpr std::string_view kTitleWord = "titolo";
 
 // True when the text is well-formed UTF-8: every sequence whole, shortest,
 // and no surrogate or code point past U+10FFFF.
@@ -88,7 +89,7 @@ SizesFile ParseSizesFile(const std::string& text) {
   // An editor may begin a UTF-8 file with its byte order mark.
   std::istringstream lines(text.starts_with(kByteOrderMark) ? text.substr(3) : text);
   int number = 0;
-  bool metadata_said = false;
+  bool metadata_said = false, title_said = false;
   for (std::string line; std::getline(lines, line);) {
     ++number;
     if (!line.empty() && line.back() == '\r') line.pop_back();
@@ -106,6 +107,18 @@ SizesFile ParseSizesFile(const std::string& text) {
         out.keep_metadata = EqualIgnoringCase(value, "tieni");
         continue;
       }
+    }
+    if (EqualIgnoringCase(name, kTitleWord)) {
+      // The title is the rest of the line, blanks inside it kept.
+      const size_t start =
+          line.find_first_not_of(" \t", line.find_first_not_of(" \t") + name.size());
+      const size_t end = line.find_last_not_of(" \t");
+      if (start != std::string::npos && !title_said && ValidUtf8(line)) {
+        title_said = true;
+        out.title = line.substr(start, end + 1 - start);
+        continue;
+      }
+      good = false;
     }
     int pixels = 0;
     good = good && !EqualIgnoringCase(name, kMetadataWord) && WholeNumber(value, &pixels) &&

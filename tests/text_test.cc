@@ -126,13 +126,15 @@ TEST(Text, SizesFileLinesGiveSizesAndBadOnesAreNamed) {
   EXPECT_EQ(BadLinesMessage(ParseSizesFile("mini 480")), "");
 }
 
-TEST(Text, TheMetadataSettingIsSaidOnceAndTheFileIsUtf8) {
-  // The file's text; whether copies keep their metadata; the sizes; the bad lines.
+TEST(Text, TheSettingsAreSaidOnceAndTheFileIsUtf8) {
+  // The file's text; whether copies keep their metadata; the sizes; the bad
+  // lines; the site's title.
   struct Row {
     std::string text;
     bool keep;
     size_t sizes;
     std::string bad;
+    std::string title = "";
   };
   const Row rows[] = {
       {"mini 480\n", false, 1, ""},
@@ -143,6 +145,9 @@ TEST(Text, TheMetadataSettingIsSaidOnceAndTheFileIsUtf8) {
        "riga 1: metadati forse\rriga 2: metadati\rriga 3: metadati 300\rriga 4: METADATI tieni x"},
       {"\xEF\xBB\xBFmini 480\nweb\xE9 900\nmedia\xC3\xA9 700\n\xED\xA0\x80 5\n", false, 2,
        "riga 2: web\xE9 900\rriga 4: \xED\xA0\x80 5"},
+      {"titolo  Vacanze  in Liguria \t\r\nmini 480\n", false, 1, "", "Vacanze  in Liguria"},
+      {"TITOLO Citt\xC3\xA0\ntitolo Altro\ntitolo\ntitolo \xE9\n", false, 0,
+       "riga 2: titolo Altro\rriga 3: titolo\rriga 4: titolo \xE9", "Citt\xC3\xA0"},
       {"a\xC0\x80 1\nb\xF4\x90\x80\x80 1\nc\xE2\x82 1\nd\xF0\x9F\x98\x80 1\ne\xE0\x80\x80 1\n",
        false, 1,
        "riga 1: a\xC0\x80 1\rriga 2: b\xF4\x90\x80\x80 1\rriga 3: c\xE2\x82 1\rriga 5: "
@@ -152,6 +157,7 @@ TEST(Text, TheMetadataSettingIsSaidOnceAndTheFileIsUtf8) {
     const SizesFile f = ParseSizesFile(row.text);
     EXPECT_EQ(f.keep_metadata, row.keep) << row.text;
     EXPECT_EQ(f.sizes.size(), row.sizes) << row.text;
+    EXPECT_EQ(f.title, row.title) << row.text;
     EXPECT_EQ(BadLinesMessage(f), row.bad.empty() ? "" : Lines({}) + "\r" + row.bad) << row.text;
   }
 }
