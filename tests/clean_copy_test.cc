@@ -8,18 +8,17 @@
 #include "metadata/clean_walk.h"
 #include "metadata/metadata_sift.h"
 #include "tests/support/host_checks.h"
+#include "tests/support/tiff_builder.h"
 
 namespace vf {
 namespace {
 
 using namespace std::string_literals;
+using test::Entry;
+using test::IfdAt;
+using test::Num;
+using test::Tiff;
 
-// `n` in `size` bytes, big-endian unless told.
-std::string Num(uint64_t n, int size, bool big = true) {
-  std::string s;
-  for (int i = 0; i < size; ++i) s += static_cast<char>(n >> 8 * (big ? size - 1 - i : i));
-  return s;
-}
 std::string Seg(char marker, const std::string& body) {
   return "\xFF"s + marker + Num(body.size() + 2, 2) + body;
 }
@@ -30,32 +29,6 @@ std::string Riff(const std::string& type, const std::string& body) {
   return type + Num(body.size(), 4, false) + body + (body.size() % 2 ? "\0"s : "");
 }
 
-// A TIFF block: its IFDs one after the other from offset 8, IFD0 last, so
-// that its link to the next IFD (`next`) ends the block. A value below zero
-// points at an IFD: IfdAt(k) at the k-th.
-struct Entry {
-  uint16_t tag, type;
-  uint32_t count;
-  int64_t value;
-};
-constexpr int64_t IfdAt(int k) { return -1 - k; }
-std::string Tiff(bool big, const std::vector<std::vector<Entry>>& ifds, int64_t next = 0) {
-  const size_t n = ifds.size();
-  std::vector<int64_t> at(n + 1, 8);
-  for (size_t k = 1; k < n; ++k)
-    at[k + 1] = at[0] = at[k] + 6 + 12 * static_cast<int64_t>(ifds[k].size());
-  const auto value = [&at](int64_t v) { return v < 0 ? at[-1 - v] : v; };
-  std::string tiff = (big ? "MM\0*"s : "II*\0"s) + Num(at[0], 4, big);
-  for (size_t k = 1; k <= n; ++k) {
-    tiff += Num(ifds[k % n].size(), 2, big);
-    for (const Entry& e : ifds[k % n]) {
-      tiff += Num(e.tag, 2, big) + Num(e.type, 2, big) + Num(e.count, 4, big);
-      tiff += e.type == 3 ? Num(e.value, 2, big) + "\0\0"s : Num(value(e.value), 4, big);
-    }
-    tiff += Num(k == n ? value(next) : 0, 4, big);
-  }
-  return tiff;
-}
 std::string Turned(int orientation) { return Tiff(false, {{{0x0112, 3, 1, orientation}}}); }
 
 std::string Saved(const vips::VImage& image, const char* format) {
