@@ -7,7 +7,11 @@
 #include <vector>
 
 #include "desktop/reason_words.h"
+#include "desktop/site_words.h"
+#include "desktop/user_area.h"
 #include "publish/clean_copies.h"
+#include "publish/host_site_disk.h"
+#include "publish/picture_header.h"
 
 namespace vf {
 namespace {
@@ -127,6 +131,13 @@ void SitePublishing::Publish(const BuiltSite& site) {
     if (std::string m = cleaned ? CleanMessage(*cleaned, windows) : ""; !m.empty()) {
       messages.push_back(std::move(m));
     }
+  }
+  // The pages say what their photos are; a page that cannot be rewritten
+  // keeps the template's words, which is no loss worth a message.
+  if (StartPictureHeaders()) {
+    HostSiteDisk disk;
+    WritePageWords(WordsOfSite(site, fs_, sizes, HomeFolder()), disk, ReadPictureHeader,
+                   options_.workers, EndPictureHeaderThread);
   }
   for (const std::string& m : messages) ui_.Message(m);
 }

@@ -1,0 +1,51 @@
+#include "publish/picture_header.h"
+
+#include <vips/vips8>
+
+#include "platform/host_files.h"
+
+namespace vf {
+namespace {
+
+std::string Blob(const vips::VImage& image, const char* name) {
+  const void* data = nullptr;
+  size_t length = 0;
+  if (image.get_typeof(name) == 0 ||
+      vips_image_get_blob(image.get_image(), name, &data, &length) != 0) {
+    return {};
+  }
+  return std::string(static_cast<const char*>(data), length);
+}
+
+}  // namespace
+
+std::optional<PictureHeader> ReadPictureHeader(const std::string& path) {
+  Fd fd;
+  if (OpenHostInput(path, &fd) != 0) return std::nullopt;
+  try {
+    // From the open file, so that a name holding "[" is not read as options.
+    vips::VSource source = vips::VSource::new_from_descriptor(fd.get());
+    vips::VImage image = vips::VImage::new_from_source(
+        source, "", vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
+    PictureHeader header;
+    header.width = image.width();
+    header.height = image.height();
+    header.exif = Blob(image, VIPS_META_EXIF_NAME);
+    header.xmp = Blob(image, VIPS_META_XMP_NAME);
+    header.iptc = Blob(image, VIPS_META_IPTC_NAME);
+    return header;
+  } catch (const std::exception&) {
+    vips_error_clear();
+    return std::nullopt;
+  }
+}
+
+bool StartPictureHeaders() {
+  if (VIPS_INIT("vetrina-foto") == 0) return true;
+  vips_error_clear();
+  return false;
+}
+
+void EndPictureHeaderThread() { vips_thread_shutdown(); }
+
+}  // namespace vf
