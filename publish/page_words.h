@@ -39,7 +39,10 @@ struct SiteWords {
 struct PictureHeader {
   int width = 0;
   int height = 0;
-  std::string exif, xmp, iptc;  // the metadata blocks as libvips gives them
+  // The metadata blocks as libvips gives them.
+  std::string exif = {};
+  std::string xmp = {};
+  std::string iptc = {};
 };
 
 // Reads a picture's header; nothing when it is no picture it can read.
