@@ -3,7 +3,9 @@
 #include <cerrno>
 #include <map>
 
+#include "desktop/site_words.h"
 #include "publish/page_words.h"
+#include "tests/support/banco.h"
 #include "tests/support/memory_site_disk.h"
 #include "tests/support/tiff_builder.h"
 
@@ -162,6 +164,56 @@ TEST(SiteWords, APageThatCannotBeWrittenKeepsItsWordsAndTheRestGoOn) {
   EXPECT_NE(site.Page("/s/dir_0001/menu.htm").find(">Casa &#183; Mare &#8212;"), std::string::npos);
   EXPECT_NE(site.Page("/s/index.htm").find("<title data-vf=\"sito\">Vetrina Foto</title>"),
             std::string::npos);
+}
+
+}  // namespace
+}  // namespace vf
+
+namespace vf {
+namespace {
+
+TEST(SiteWords, NoFolderAtOrAboveHomeNorADriveRootIsNamed) {
+  TempTreeFileSystem fs;
+  fs.AddFile("C:\\Vacanze 2025\\Casa\\a.jpg", "a");
+  fs.AddFile("C:\\Vacanze 2025\\Mare\\b.jpg", "b");
+  fs.AddFile("C:\\c.jpg", "c");
+  fs.AddFolder("C:\\Sito\\dir_0001");
+  fs.AddFolder("C:\\Sito\\dir_0002");
+  const std::string drive = *fs.HostPath("C:\\");
+  const std::string root = drive.substr(0, drive.find_last_not_of('/') + 1);
+  BuiltSite site;
+  site.Add({"C:\\Vacanze 2025\\Casa\\a.jpg", "C:\\Sito\\dir_0001\\img_001.jpg", 1, 1});
+  site.Add({"C:\\Vacanze 2025\\Mare\\b.jpg", "C:\\Sito\\dir_0001\\img_002.jpg", 1, 2});
+  site.AddIndexPage("C:\\Sito\\index.htm");
+  BuiltSite rooted = site;
+  rooted.Add({"C:\\c.jpg", "C:\\Sito\\dir_0002\\img_001.jpg", 2, 1});
+  struct Row {
+    const BuiltSite* site;
+    std::string title_line, home, title, folders;
+  } rows[] = {
+      {&site, "", "/altrove", "Vacanze 2025", "Casa Mare"},
+      {&site, "titolo Liguria\n", "/altrove", "Liguria", "Casa Mare"},
+      {&site, "", root + "/Vacanze 2025", "", "Casa Mare"},
+      {&site, "", root + "/Vacanze 2025/Casa", "", " Mare"},
+      {&site, "", root, "Vacanze 2025", "Casa Mare"},
+      {&rooted, "", "/altrove", "", "Casa Mare "},
+  };
+  for (const Row& row : rows) {
+    const SiteWords words = WordsOfSite(*row.site, fs, ParseSizesFile(row.title_line), row.home);
+    EXPECT_EQ(words.site_title, row.title) << row.home;
+    std::string folders;
+    for (size_t i = 0; i < words.pictures.size(); ++i) {
+      folders += (i == 0 ? "" : " ") + words.pictures[i].folder_name;
+    }
+    EXPECT_EQ(folders, row.folders) << row.home;
+  }
+  // Pages where the build wrote them, on the host.
+  const SiteWords words = WordsOfSite(rooted, fs, {}, "/altrove");
+  EXPECT_EQ(words.pictures[1].page, root + "/Sito/dir_0001/img_002.htm");
+  EXPECT_EQ(words.menu_pages, (std::vector<std::string>{root + "/Sito/dir_0001/menu.htm",
+                                                        root + "/Sito/dir_0002/menu.htm"}));
+  EXPECT_EQ(words.menu_albums, (std::vector<int64_t>{1, 2}));
+  EXPECT_EQ(words.index_pages, std::vector<std::string>{root + "/Sito/index.htm"});
 }
 
 }  // namespace
