@@ -133,6 +133,23 @@ std::string ContentOf(const std::string& kind, const StartTag& tag, const PlaceT
   return {};
 }
 
+// True when every URL of a srcset ("a.avif 480w, b.avif 1600w") is there.
+bool AllThere(std::string_view srcset, const std::function<bool(std::string_view)>& exists) {
+  size_t at = 0;
+  while (at < srcset.size()) {
+    const size_t comma = std::min(srcset.find(',', at), srcset.size());
+    std::string_view candidate = srcset.substr(at, comma - at);
+    const size_t start = candidate.find_first_not_of(" \t");
+    if (start != std::string_view::npos) {
+      candidate.remove_prefix(start);
+      const std::string_view url = candidate.substr(0, candidate.find_first_of(" \t"));
+      if (!exists(url)) return false;
+    }
+    at = comma + 1;
+  }
+  return true;
+}
+
 }  // namespace
 
 bool FillPlaces(std::string* page, const PlaceTexts& texts) {
@@ -149,6 +166,16 @@ bool FillPlaces(std::string* page, const PlaceTexts& texts) {
       continue;
     }
     const std::string kind = Lowered(place->value);
+    if (kind == "avif" && tag->name == "source" && texts.exists) {
+      const Attribute* srcset = tag->Find("srcset");
+      if (srcset == nullptr || !AllThere(srcset->value, texts.exists)) {
+        out.append(in.substr(copied, i - copied));
+        copied = tag->end;
+        changed = true;
+      }
+      i = tag->end;
+      continue;
+    }
     std::vector<std::pair<std::string, std::string>> set;
     if (kind == "foto" && tag->name == "img" && texts.picture) {
       const Attribute* src = tag->Find("src");

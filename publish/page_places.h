@@ -30,13 +30,19 @@ struct PlaceTexts {
   // The facts of the picture that an <img data-vf="foto"> names by its src;
   // unset means none.
   std::function<PictureFacts(std::string_view src)> picture;
+  // Whether a file that a <source data-vf="avif"> names in its srcset is
+  // there; unset leaves every such source as it is.
+  std::function<bool(std::string_view url)> exists;
 };
 
 // Fills the places of a page: elements whose start tag, wholly on one line,
 // carries a data-vf attribute. A place whose content is filled ("sito",
 // "titolo", "didascalia", "data", "album") must close on the same line; one
-// that does not is left alone. Everything outside the places, line ends
-// included, stays byte for byte. Returns true when the page changed.
+// that does not is left alone. A <source data-vf="avif"> is taken out of
+// the page, whole, when a file of its srcset is missing: a browser that
+// picks a source whose file is missing shows a broken picture instead of
+// the <img> beside it. Everything outside the places, line ends included,
+// stays byte for byte. Returns true when the page changed.
 bool FillPlaces(std::string* page, const PlaceTexts& texts);
 
 }  // namespace vf

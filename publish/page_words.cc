@@ -169,6 +169,15 @@ std::vector<DiskResult> WritePageWords(const SiteWords& site, SiteDisk& disk,
       return facts;
     };
   };
+  // Whether a file an AVIF source of a page in `folder` names is there.
+  auto there_in = [&](const std::string& folder) {
+    return [&, folder](std::string_view url) {
+      DiskStatus status;
+      return site.avif && InsideAlbum(url) &&
+             disk.Stat(folder + "/" + std::string(url), &status).ok() &&
+             status.type == DiskStatus::Type::kFile;
+    };
+  };
   auto rewrite = [&](const std::string& path, const PlaceTexts& texts) {
     std::string page;
     if (DiskResult r = disk.Read(path, &page); !r.ok()) return failures.push_back(r);
@@ -189,6 +198,7 @@ std::vector<DiskResult> WritePageWords(const SiteWords& site, SiteDisk& disk,
       texts.data_iso = IsoDate(*w.taken);
     }
     texts.picture = facts_in(&albums[p.album], FolderOf(p.copy));
+    texts.exists = there_in(FolderOf(p.copy));
     rewrite(p.page, texts);
   }
   for (size_t i = 0; i < site.menu_pages.size() && i < site.menu_albums.size(); ++i) {
@@ -197,6 +207,7 @@ std::vector<DiskResult> WritePageWords(const SiteWords& site, SiteDisk& disk,
     texts.sito = title;
     texts.album = HtmlText(album.line);
     texts.picture = facts_in(&album, FolderOf(site.menu_pages[i]));
+    texts.exists = there_in(FolderOf(site.menu_pages[i]));
     rewrite(site.menu_pages[i], texts);
   }
 

@@ -32,6 +32,8 @@ struct SiteWords {
   std::vector<std::string> index_pages;
   std::vector<DerivedSize> sizes;  // the web sizes; the smallest gives the covers
   bool capitals = false;
+  // AVIF pictures are offered; when not, every <source data-vf="avif"> goes.
+  bool avif = true;
   std::string site_title;  // UTF-8; empty leaves the templates' own
 };
 

@@ -19,6 +19,7 @@ PlaceTexts Words() {
     if (src == "mini/img_003.jpg") return PictureFacts{"", 300, 200};
     return PictureFacts{};
   };
+  t.exists = [](std::string_view url) { return url.ends_with("img_002.avif"); };
   return t;
 }
 
@@ -41,6 +42,16 @@ TEST(PagePlaces, EachPlaceTakesItsTextAndNothingElseMoves) {
       {"<style data-vf=\"album\"></style>\r\n",
        "<style data-vf=\"album\">td{--vf-album:\"x\"}</style>\r\n"},
       // The picture's alt and size, replaced or added; another src gets only its size.
+      // An AVIF source stays only when all its files are there.
+      {"<source data-vf=\"avif\" type=\"image/avif\" srcset=\"mini/img_002.avif 480w, "
+       "web/img_002.avif 1600w\">\r\n",
+       nullptr},
+      {"<picture><source data-vf=\"avif\" srcset=\"mini/img_002.avif 480w,web/img_003.avif "
+       "1600w\"><img src=x></picture>",
+       "<picture><img src=x></picture>"},
+      // A source that names no file asks for nothing; one with no srcset goes.
+      {"<source data-vf=avif srcset=\"\"><source data-vf=avif>",
+       "<source data-vf=avif srcset=\"\">"},
       {"<img data-vf=\"foto\" src=\"web/img_002.jpg\" alt=\"Foto 2\" width=\"1200\" "
        "height=\"800\">",
        "<img data-vf=\"foto\" src=\"web/img_002.jpg\" alt=\"Un faro\" width=\"1067\" "

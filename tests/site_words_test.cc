@@ -147,6 +147,24 @@ TEST(SiteWords, EachPageSaysWhatItsPhotosAre) {
   }
 }
 
+TEST(SiteWords, AnAvifSourceStaysOnlyWhereItsFilesAreAndAvifIsOn) {
+  const std::string source = "<source data-vf=\"avif\" srcset=\"web/img_00N.avif 1600w\">";
+  for (bool avif : {true, false}) {
+    Site site;
+    site.words.avif = avif;
+    for (const char* n : {"1", "3"}) {
+      std::string page = source;
+      page.replace(page.find('N'), 1, n);
+      site.disk.PutFile("/s/dir_0001/img_00" + std::string(n) + ".htm", page, 1);
+    }
+    site.disk.PutFile("/s/dir_0001/web/img_003.avif", "", 1);
+    site.Run();
+    EXPECT_EQ(site.Page("/s/dir_0001/img_001.htm"), "");
+    EXPECT_EQ(site.Page("/s/dir_0001/img_003.htm"),
+              avif ? "<source data-vf=\"avif\" srcset=\"web/img_003.avif 1600w\">" : "");
+  }
+}
+
 TEST(SiteWords, APageThatCannotBeWrittenKeepsItsWordsAndTheRestGoOn) {
   Site site;
   site.words.site_title.clear();
