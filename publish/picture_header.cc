@@ -26,13 +26,17 @@ std::optional<PictureHeader> ReadPictureHeader(const std::string& path) {
   Fd fd;
   if (OpenHostInput(path, &fd) != 0) return std::nullopt;
   // A JPEG's header is read here, at a small part of what starting a
-  // decoder costs: a rebuild reads every picture's header again.
-  std::string start(size_t{64} << 10, '\0');
-  const ssize_t got = ::pread(fd.get(), start.data(), start.size(), 0);
-  start.resize(got > 0 ? static_cast<size_t>(got) : 0);
-  if (std::optional<JpegHeader> jpeg = ReadJpegHeader(start)) {
-    return PictureHeader{jpeg->width, jpeg->height, std::move(jpeg->exif), std::move(jpeg->xmp),
-                         std::move(jpeg->iptc)};
+  // decoder costs: a rebuild reads every picture's header again. Most fit
+  // in the first 16 KB; a camera's EXIF with its preview may need more.
+  for (const size_t bytes : {size_t{16} << 10, size_t{256} << 10}) {
+    std::string start(bytes, '\0');
+    const ssize_t got = ::pread(fd.get(), start.data(), start.size(), 0);
+    start.resize(got > 0 ? static_cast<size_t>(got) : 0);
+    if (std::optional<JpegHeader> jpeg = ReadJpegHeader(start)) {
+      return PictureHeader{jpeg->width, jpeg->height, std::move(jpeg->exif), std::move(jpeg->xmp),
+                           std::move(jpeg->iptc)};
+    }
+    if (start.size() < bytes || !start.starts_with("\xFF\xD8")) break;
   }
   try {
     // From the open file, so that a name holding "[" is not read as options.
