@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <tuple>
 
@@ -89,6 +91,36 @@ TEST(PhotoWordsTest, EachSourceGivesWayOnlyToAnEarlierOneWithADescriptionOfItsOw
       {"", "", "", ""},
   };
   for (const auto& c : cases) EXPECT_EQ(Words(c.exif, c.xmp, c.iptc), c.description) << c.exif;
+}
+
+// A seed of the fuzz target: blocks that exiftool wrote into a JPEG, as
+// libvips hands them over, split at "|VF|".
+std::vector<std::string> Seed(const std::string& name) {
+  std::ifstream file(VF_SOURCE_DIR "/tests/fuzz/corpus/words/" + name, std::ios::binary);
+  std::stringstream bytes;
+  bytes << file.rdbuf();
+  std::vector<std::string> parts{""};
+  for (const char c : bytes.str()) {
+    parts.back() += c;
+    if (parts.back().ends_with("|VF|")) {
+      parts.back().resize(parts.back().size() - 4);
+      parts.push_back("");
+    }
+  }
+  parts.resize(3);
+  return parts;
+}
+
+TEST(PhotoWordsTest, WhatExiftoolWritesIsRead) {
+  const auto all = Seed("exiftool_all_three");
+  const PhotoWords words = WordsFromBlobs(all[0], all[1], all[2]);
+  EXPECT_EQ(words.description, "Tramonto sul lago di Garda");
+  ASSERT_TRUE(words.taken);
+  EXPECT_EQ(std::tuple(words.taken->year, words.taken->month, words.taken->day),
+            std::tuple(2025, 7, 14));
+  EXPECT_EQ(Words("", all[1], all[2]), "Il lago, d’estate & al tramonto");
+  EXPECT_EQ(Words("", "", all[2]), "Città vecchia, sera");
+  EXPECT_EQ(Words("", Seed("xmp_utf16le")[1], ""), "Il lago, d’estate & al tramonto");
 }
 
 TEST(PhotoWordsTest, XmpGivesItsDefaultLanguageThenItsFirstThenASimpleValue) {
