@@ -130,9 +130,10 @@ TEST(PhotoWordsTest, XmpGivesItsDefaultLanguageThenItsFirstThenASimpleValue) {
   const std::string attribute = Packet(
       "<rdf:Description dc:title='no' dc:description=\"Tramonto &quot;rosso&quot; "
       "&#224; &#xE8; &lt;3&gt; &apos;x&apos; &bogus; &\"/>");
-  std::string deep = Alt(Item("x-default", "Profondo"));
-  deep.insert(deep.find("<rdf:Alt>"), 10000 * "<a>"s.size(), ' ');
-  for (int k = 0; k < 10000; ++k) deep.replace(deep.find("<rdf:Alt>") - 3 * (k + 1), 3, "<a>");
+  // The list inside 10,000 elements that are never closed.
+  std::string deep = Alt(Item("x-default", "Profondo")), nest;
+  for (int k = 0; k < 10000; ++k) nest += "<a>";
+  deep.insert(deep.find("<rdf:Alt>"), nest);
   const struct {
     std::string xmp, description;
   } cases[] = {
@@ -141,6 +142,9 @@ TEST(PhotoWordsTest, XmpGivesItsDefaultLanguageThenItsFirstThenASimpleValue) {
       {Alt(Item("it", "Italiano") + Item("en", "English")), "Italiano"},
       {Alt(Item("x-default", " ") + Item("it", "Italiano")), "Italiano"},
       {Alt("<rdf:li>Senza lingua</rdf:li>"), "Senza lingua"},
+      {Alt(Item("x-default", "uno <b>due</b> tre")), "uno due tre"},
+      {Alt(Item("it", "Italiano") + "<rdf:li a='>' xml:lang='x-default'>Giusto</rdf:li>"),
+       "Giusto"},
       {Alt(Item("x-default", "<![CDATA[a <b> & c]]>")), "a <b> & c"},
       {Alt(Item("x-default", "uno<!-- commento -->due")), "unodue"},
       {simple, "Semplice & chiaro"},
@@ -282,6 +286,7 @@ TEST(PhotoWordsTest, ASidecarGivesTheFirstParagraphOfItsText) {
       {"Citt\xC3\xA0 e caff\xE8", false, "CittÃ e caffè"},
       {"Testo\0binario"s, false, ""},
       {"\xFF\xFE" + Utf16("Con\0NUL"s, false), false, ""},
+      {"\xFF\xFE" + Utf16("x", false) + "\x00\xDC"s + Utf16("y", false), false, "x\uFFFDy"},
       {"\x01\x02\x03\x04 ab", false, ""},
       {"\x01\x02 abcdefghi", false, "abcdefghi"},
       {"", false, ""},
