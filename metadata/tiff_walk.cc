@@ -20,10 +20,10 @@ uint64_t TypeSize(uint32_t type) {
 
 }  // namespace
 
-bool WalkTiff(std::string_view tiff, const std::function<void(const TiffEntry&)>& visit) {
-  if (tiff.size() < 8) return false;
+void WalkTiff(std::string_view tiff, const std::function<void(const TiffEntry&)>& visit) {
+  if (tiff.size() < 8) return;
   const bool big = tiff.substr(0, 4) == std::string_view("MM\0*", 4);
-  if (!big && tiff.substr(0, 4) != std::string_view("II*\0", 4)) return false;
+  if (!big && tiff.substr(0, 4) != std::string_view("II*\0", 4)) return;
   const auto read = [tiff, big](size_t at, int size) { return Number(tiff, at, size, big); };
   // The IFDs still to visit, each with the pointer tag that led to it.
   std::vector<std::pair<uint32_t, uint32_t>> todo{{read(4, 4), 0}};
@@ -60,7 +60,6 @@ bool WalkTiff(std::string_view tiff, const std::function<void(const TiffEntry&)>
     const size_t next = ifd + 2 + 12 * count;
     if (next + 4 <= tiff.size() && read(next, 4) != 0) todo.emplace_back(read(next, 4), 0);
   }
-  return true;
 }
 
 }  // namespace vf

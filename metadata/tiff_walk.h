@@ -29,8 +29,8 @@ struct TiffEntry {
 // GPS and interoperability pointers and the links to a next IFD. Each IFD is
 // visited once, and a bounded number of them and of their entries, so that
 // any bytes take little work; an IFD or entry outside the block is passed
-// over. Returns false when the block has no TIFF header.
-bool WalkTiff(std::string_view tiff, const std::function<void(const TiffEntry&)>& visit);
+// over, and a block without a TIFF header has none.
+void WalkTiff(std::string_view tiff, const std::function<void(const TiffEntry&)>& visit);
 
 }  // namespace vf
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <tuple>
 
@@ -91,6 +93,36 @@ TEST(PhotoWordsTest, EachSourceGivesWayOnlyToAnEarlierOneWithADescriptionOfItsOw
   for (const auto& c : cases) EXPECT_EQ(Words(c.exif, c.xmp, c.iptc), c.description) << c.exif;
 }
 
+// A seed of the fuzz target: blocks that exiftool wrote into a JPEG, as
+// libvips hands them over, split at "|VF|".
+std::vector<std::string> Seed(const std::string& name) {
+  std::ifstream file(VF_SOURCE_DIR "/tests/fuzz/corpus/words/" + name, std::ios::binary);
+  std::stringstream bytes;
+  bytes << file.rdbuf();
+  std::vector<std::string> parts{""};
+  for (const char c : bytes.str()) {
+    parts.back() += c;
+    if (parts.back().ends_with("|VF|")) {
+      parts.back().resize(parts.back().size() - 4);
+      parts.push_back("");
+    }
+  }
+  parts.resize(3);
+  return parts;
+}
+
+TEST(PhotoWordsTest, WhatExiftoolWritesIsRead) {
+  const auto all = Seed("exiftool_all_three");
+  const PhotoWords words = WordsFromBlobs(all[0], all[1], all[2]);
+  EXPECT_EQ(words.description, "Tramonto sul lago di Garda");
+  ASSERT_TRUE(words.taken);
+  EXPECT_EQ(std::tuple(words.taken->year, words.taken->month, words.taken->day),
+            std::tuple(2025, 7, 14));
+  EXPECT_EQ(Words("", all[1], all[2]), "Il lago, d’estate & al tramonto");
+  EXPECT_EQ(Words("", "", all[2]), "Città vecchia, sera");
+  EXPECT_EQ(Words("", Seed("xmp_utf16le")[1], ""), "Il lago, d’estate & al tramonto");
+}
+
 TEST(PhotoWordsTest, XmpGivesItsDefaultLanguageThenItsFirstThenASimpleValue) {
   const std::string simple = Packet(
       "<rdf:Description xmlns:dc='http://purl.org/dc/elements/1.1/'><dc:description>Semplice "
@@ -98,9 +130,10 @@ TEST(PhotoWordsTest, XmpGivesItsDefaultLanguageThenItsFirstThenASimpleValue) {
   const std::string attribute = Packet(
       "<rdf:Description dc:title='no' dc:description=\"Tramonto &quot;rosso&quot; "
       "&#224; &#xE8; &lt;3&gt; &apos;x&apos; &bogus; &\"/>");
-  std::string deep = Alt(Item("x-default", "Profondo"));
-  deep.insert(deep.find("<rdf:Alt>"), 10000 * "<a>"s.size(), ' ');
-  for (int k = 0; k < 10000; ++k) deep.replace(deep.find("<rdf:Alt>") - 3 * (k + 1), 3, "<a>");
+  // The list inside 10,000 elements that are never closed.
+  std::string deep = Alt(Item("x-default", "Profondo")), nest;
+  for (int k = 0; k < 10000; ++k) nest += "<a>";
+  deep.insert(deep.find("<rdf:Alt>"), nest);
   const struct {
     std::string xmp, description;
   } cases[] = {
@@ -109,6 +142,9 @@ TEST(PhotoWordsTest, XmpGivesItsDefaultLanguageThenItsFirstThenASimpleValue) {
       {Alt(Item("it", "Italiano") + Item("en", "English")), "Italiano"},
       {Alt(Item("x-default", " ") + Item("it", "Italiano")), "Italiano"},
       {Alt("<rdf:li>Senza lingua</rdf:li>"), "Senza lingua"},
+      {Alt(Item("x-default", "uno <b>due</b> tre")), "uno due tre"},
+      {Alt(Item("it", "Italiano") + "<rdf:li a='>' xml:lang='x-default'>Giusto</rdf:li>"),
+       "Giusto"},
       {Alt(Item("x-default", "<![CDATA[a <b> & c]]>")), "a <b> & c"},
       {Alt(Item("x-default", "uno<!-- commento -->due")), "unodue"},
       {simple, "Semplice & chiaro"},
@@ -250,6 +286,7 @@ TEST(PhotoWordsTest, ASidecarGivesTheFirstParagraphOfItsText) {
       {"Citt\xC3\xA0 e caff\xE8", false, "CittÃ e caffè"},
       {"Testo\0binario"s, false, ""},
       {"\xFF\xFE" + Utf16("Con\0NUL"s, false), false, ""},
+      {"\xFF\xFE" + Utf16("x", false) + "\x00\xDC"s + Utf16("y", false), false, "x\uFFFDy"},
       {"\x01\x02\x03\x04 ab", false, ""},
       {"\x01\x02 abcdefghi", false, "abcdefghi"},
       {"", false, ""},
