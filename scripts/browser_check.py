@@ -9,7 +9,7 @@
                                                    nothing to mend in the templates' lines
     browser_check.py shots BUILD_DIR OUTDIR [--keep] screenshots at 390 and 1280 px
     browser_check.py check-site SITE_DIR           the check alone, on a site built
-                                                   elsewhere from 25 pictures
+                                                   elsewhere from the sample photos
     browser_check.py shots-site SITE_DIR OUTDIR    the screenshots alone, of such a site
 
 The site is made from the 25 photos of sample_photos.py (P01.JPG ... in the
@@ -17,9 +17,10 @@ folders of "Vacanze 2025", some with a description and a date, one a portrait
 lying on its side) by the runner BUILD_DIR/bin/vetrina-foto-script, in small
 letters, albums of ALBUM_SIZE pictures, into a temporary folder, and served on
 127.0.0.1 by `python3 -m http.server`.  The standard library, ImageMagick's
-`convert`, exiftool, Chromium, Java and the npm packages of scripts/package.json
-(axe-core, vnu-jar; `npm ci` in scripts/) are used; Chromium is driven through
---remote-debugging-pipe, which tells what each page shows and what it hides.
+`convert`, exiftool, Chromium, Java and the npm packages of
+scripts/package.json (axe-core, vnu-jar: `npm ci --ignore-scripts` in
+scripts/) are used; Chromium is driven through --remote-debugging-pipe, which
+tells what each page shows and what it hides.
 
 With VF_CHECK_WORDS=1 the check also wants the photos' words in the pages:
 the site's title, album lines and covers, captions, dates, alt texts and the
