@@ -2,18 +2,29 @@
 """Builds a sample site with the headless runner and looks at it in Chromium.
 
     browser_check.py check BUILD_DIR [--keep]      every page loads, every reference shown
-                                                   resolves, nothing requested fails
+                                                   resolves, nothing requested fails; the
+                                                   picture pages fit a phone and a wide
+                                                   window; no description became markup;
+                                                   axe-core and the Nu HTML checker find
+                                                   nothing to mend in the templates' lines
     browser_check.py shots BUILD_DIR OUTDIR [--keep] screenshots at 390 and 1280 px
     browser_check.py check-site SITE_DIR           the check alone, on a site built
-                                                   elsewhere from 25 pictures
+                                                   elsewhere from the sample photos
     browser_check.py shots-site SITE_DIR OUTDIR    the screenshots alone, of such a site
 
-The site is made from PICTURES small JPEG files (P01.JPG ...) by the runner
-BUILD_DIR/bin/vetrina-foto-script, in small letters, albums of ALBUM_SIZE
-pictures, into a temporary folder, and served on 127.0.0.1 by
-`python3 -m http.server`.  Only the standard library, ImageMagick's `convert`
-and Chromium are used; Chromium is driven through --remote-debugging-pipe,
-which tells what each page shows and what it hides.
+The site is made from the 25 photos of sample_photos.py (P01.JPG ... in the
+folders of "Vacanze 2025", some with a description and a date, one a portrait
+lying on its side) by the runner BUILD_DIR/bin/vetrina-foto-script, in small
+letters, albums of ALBUM_SIZE pictures, into a temporary folder, and served on
+127.0.0.1 by `python3 -m http.server`.  The standard library, ImageMagick's
+`convert`, exiftool, Chromium, Java and the npm packages of
+scripts/package.json (axe-core, vnu-jar: `npm ci --ignore-scripts` in
+scripts/) are used; Chromium is driven through --remote-debugging-pipe, which
+tells what each page shows and what it hides.
+
+With VF_CHECK_WORDS=1 the check also wants the photos' words in the pages:
+the site's title, album lines and covers, captions, dates, alt texts and the
+pictures' sizes, which the publishing pass writes (page_checks.check_words).
 
 A place past the end of the last album still has its links and picture name
 in the menu and in the page before it, but the pages hide them: such a
@@ -23,12 +34,10 @@ and every element it hides must be there for such a place.
 """
 
 import collections
-import fcntl
 import html.parser
 import json
 import os
 import re
-import select
 import shutil
 import socket
 import subprocess
@@ -37,22 +46,13 @@ import tempfile
 import time
 import urllib.parse
 
-PICTURES = 25
+import page_checks
+import sample_photos
+from devtools import CHROMIUM, CHROMIUM_FLAGS, PAGE_TIMEOUT, evaluate_pages
+
+PICTURES = sample_photos.COUNT
 ALBUM_SIZE = 9
 PER_ROW = 5
-
-CHROMIUM = os.environ.get("CHROMIUM", "/usr/bin/chromium")
-CHROMIUM_FLAGS = [
-    "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-    "--disable-background-networking", "--disable-component-update", "--disable-sync",
-    "--hide-scrollbars",
-]
-PAGE_TIMEOUT = 90  # seconds for one Chromium run
-# The numbers drawn on the sample pictures use this font file by its path
-# (Debian package fonts-dejavu-core, installed by scripts/install-deps.sh):
-# ImageMagick's own default font is only there when its recommended font
-# packages are.
-FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
 
 ALBUM_ASSETS = ["puls_sx3.jpg", "puls_su3.jpg", "puls_dx3.jpg", "sfondo_1.gif", "sfondo_2.gif"]
 SITE_FILES = ["intestaz.htm", "intest_2.htm", "piede.htm", "piede_2.htm", "diaposit.jpg",
@@ -190,13 +190,21 @@ def failed_requests(log_text):
 Rendered = collections.namedtuple("Rendered", "dom hidden")
 
 
+def empty_place(element):
+    """True for the HTML of an element with a data-vf attribute and no words: a
+    caption, a date or an album line that the pass left empty, which the page hides."""
+    return (re.match(r"<[a-z]+\b[^>]*\sdata-vf=", element) is not None
+            and re.sub(r"<[^>]*>", "", element).strip() == "")
+
+
 def check_site(site, dumps, sizes, album_size):
     """Checks a built site.  dumps maps each page path to a Rendered, or None
     when the page did not load.  Every reference a page shows must lead to a
     file of the site; an element the page hides must hold a reference to a
-    place past the end, which is why it is hidden.  Returns (passed,
-    failures, hidden) where failures and hidden are lists of texts: hidden
-    lists the references to places past the end that the pages hide."""
+    place past the end, which is why it is hidden, or be a place left empty.
+    Returns (passed, failures, hidden) where failures and hidden are lists of
+    texts: hidden lists the references to places past the end that the pages
+    hide."""
     passed = 0
     failures = []
     hidden = []
@@ -216,6 +224,9 @@ def check_site(site, dumps, sizes, album_size):
         links[page] = set()
         unseen = collections.Counter()
         for element in shown.hidden:
+            if empty_place(element):
+                passed += 1
+                continue
             refs = page_refs(element)
             unseen.update(refs)
             past_end = ["%s %s" % r for r in refs
@@ -263,29 +274,13 @@ def run(cmd, **kw):
     return subprocess.run(cmd, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, **kw)
 
 
-def make_pictures(folder, count):
-    """count JPEG pictures P01.JPG ... of a camera's proportions, every fourth
-    one upright, each showing its number."""
-    os.makedirs(folder, exist_ok=True)
-    for n in range(1, count + 1):
-        size = "600x800" if n % 4 == 0 else "1200x800"
-        hue = (n * 47) % 360
-        r = run(["convert", "-size", size,
-                 "gradient:hsl(%d,55%%,62%%)-hsl(%d,50%%,28%%)" % (hue, (hue + 40) % 360),
-                 "-gravity", "center", "-font", FONT, "-pointsize", "220", "-fill", "white",
-                 "-annotate", "+0+0", "%02d" % n, "-quality", "60",
-                 os.path.join(folder, "P%02d.JPG" % n)])
-        if r.returncode != 0:
-            raise SystemExit("convert failed: " + r.stderr.strip())
-
-
-def build_site(build_dir, work, count=PICTURES):
+def build_site(build_dir, work):
     """Builds the sample site with the runner; returns the site folder."""
-    runner = os.path.join(build_dir, "bin", "vetrina-foto-script")
+    runner = os.path.join(os.path.abspath(build_dir), "bin", "vetrina-foto-script")
     if not os.access(runner, os.X_OK):
         raise SystemExit("no runner at %s: build the target vetrina-foto-script first" % runner)
     c = os.path.join(work, "c")
-    make_pictures(os.path.join(c, "foto"), count)
+    top = sample_photos.make_photos(c)
     site = os.path.join(c, "sito")
     os.makedirs(site)
     lines = [
@@ -293,18 +288,19 @@ def build_site(build_dir, work, count=PICTURES):
         "drive D %s readonly" % os.path.abspath(build_dir),
         "program D:\\bin",
         "start",
+        "set txtPATH_RICERCA C:\\%s" % os.path.basename(top),
         "click Option2",
         "set txtMAX_N_FILES %d" % ALBUM_SIZE,
         "set txtMAX_PER_RIGA %d" % PER_ROW,
     ]
-    lines += ["add C:\\foto\\P%02d.JPG" % n for n in range(1, count + 1)]
+    lines += ["add " + sample_photos.windows_path(p) for p in sample_photos.PHOTOS]
     lines += [
-        "set txtNUM_FILE %d" % count,
+        "set txtNUM_FILE %d" % len(sample_photos.PHOTOS),
         "set txtNOME_FILE_HTM C:\\sito\\index.htm",
         "click Command1",
     ]
     script = os.path.join(work, "build.txt")
-    with open(script, "w") as f:
+    with open(script, "w", encoding="utf-8") as f:
         f.write("\n".join(lines) + "\n")
     r = run([runner, script], cwd=work, timeout=300)
     problems = []
@@ -392,107 +388,12 @@ SHOWN_SCRIPT = r"""(async () => {
 })()"""
 
 
-class DevTools:
-    """Chromium driven through --remote-debugging-pipe: JSON messages ended by
-    a NUL byte, read by Chromium on its fd 3 and written on its fd 4."""
-
-    def __init__(self, work, args=()):
-        self.profile = tempfile.mkdtemp(prefix="profile-", dir=work)
-        to_chromium, self.out = os.pipe()
-        self.inp, from_chromium = os.pipe()
-        # Numbers above 4, so that the shell's redirections cannot clash.
-        ends = [fcntl.fcntl(fd, fcntl.F_DUPFD, 10) for fd in (to_chromium, from_chromium)]
-        for fd in (to_chromium, from_chromium):
-            os.close(fd)
-        shell = 'exec "$@" 3<&%d 4>&%d %d<&- %d>&-' % (ends[0], ends[1], ends[0], ends[1])
-        self.proc = subprocess.Popen(
-            ["bash", "-c", shell, "bash", CHROMIUM] + CHROMIUM_FLAGS +
-            ["--user-data-dir=" + self.profile, "--remote-debugging-pipe"] + list(args),
-            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-            pass_fds=ends)
-        for fd in ends:
-            os.close(fd)
-        self.buffer = b""
-        self.events = []
-        self.next_id = 0
-
-    def _read(self, deadline):
-        while b"\0" not in self.buffer:
-            left = deadline - time.time()
-            if left <= 0 or not select.select([self.inp], [], [], left)[0]:
-                raise TimeoutError("no answer from Chromium")
-            chunk = os.read(self.inp, 1 << 16)
-            if not chunk:
-                raise EOFError("Chromium closed its pipe")
-            self.buffer += chunk
-        message, self.buffer = self.buffer.split(b"\0", 1)
-        return json.loads(message)
-
-    def call(self, method, deadline, session=None, **params):
-        self.next_id += 1
-        message = {"id": self.next_id, "method": method, "params": params}
-        if session:
-            message["sessionId"] = session
-        os.write(self.out, json.dumps(message).encode() + b"\0")
-        while True:
-            m = self._read(deadline)
-            if m.get("id") == self.next_id:
-                if "error" in m:
-                    raise RuntimeError("%s: %s" % (method, m["error"].get("message")))
-                return m.get("result", {})
-            self.events.append(m)
-
-    def wait_event(self, method, session, deadline):
-        while True:
-            for i, m in enumerate(self.events):
-                if m.get("method") == method and m.get("sessionId") == session:
-                    return self.events.pop(i)
-            self.events.append(self._read(deadline))
-
-    def close(self):
-        try:
-            os.write(self.out, json.dumps({"id": 0, "method": "Browser.close"}).encode() + b"\0")
-            self.proc.wait(timeout=10)
-        except (OSError, subprocess.TimeoutExpired):
-            self.proc.kill()
-            self.proc.wait()
-        os.close(self.out)
-        os.close(self.inp)
-        shutil.rmtree(self.profile, ignore_errors=True)
-
-
 def render(server, pages, work):
     """Each page as Chromium shows it, a Rendered, or None when it did not load,
     in a dict by page; one browser, one new tab a page."""
-    out = {}
-    browser = None
-    try:
-        for page in pages:
-            deadline = time.time() + PAGE_TIMEOUT
-            browser = browser or DevTools(work)
-            try:
-                target = browser.call("Target.createTarget", deadline,
-                                      url="about:blank")["targetId"]
-                session = browser.call("Target.attachToTarget", deadline, targetId=target,
-                                       flatten=True)["sessionId"]
-                browser.call("Page.enable", deadline, session)
-                browser.call("Page.navigate", deadline, session, url=server.url(page))
-                browser.wait_event("Page.loadEventFired", session, deadline)
-                result = browser.call("Runtime.evaluate", deadline, session,
-                                      expression=SHOWN_SCRIPT, awaitPromise=True,
-                                      returnByValue=True)
-                value = json.loads(result["result"]["value"])
-                out[page] = Rendered(value["dom"], value["hidden"])
-                browser.call("Target.closeTarget", deadline, targetId=target)
-                browser.events.clear()
-            except (TimeoutError, EOFError, RuntimeError, KeyError, ValueError):
-                out[page] = None
-                browser.close()  # a fresh browser for the next page
-                browser = None
-    finally:
-        if browser:
-            browser.close()
-    return out
+    seen = evaluate_pages(work, {page: server.url(page) for page in pages}, [SHOWN_SCRIPT])
+    return {page: None if values is None else Rendered(**json.loads(values[0]))
+            for page, values in seen.items()}
 
 
 def site_pages(site):
@@ -502,6 +403,80 @@ def site_pages(site):
             if name.lower().endswith(".htm"):
                 pages.append(os.path.relpath(os.path.join(folder, name), site).replace(os.sep, "/"))
     return sorted(pages)
+
+
+# ---------------------------------------------------------------- the pages' own checks
+
+TOOLS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "node_modules")
+AXE = os.path.join(TOOLS, "axe-core", "axe.min.js")
+VNU = os.path.join(TOOLS, "vnu-jar", "build", "dist", "vnu.jar")
+PORTRAIT_PAGE = "dir_0001/img_%03d.htm" % sample_photos.PORTRAIT
+AXE_PAGES = ["index.htm", "dir_0001/menu.htm", PORTRAIT_PAGE]
+
+
+def check_pages(server, site, pages, work):
+    """The checks of page_checks.py over the pages of the site; prints a line for
+    each and returns (passed, failures)."""
+    for tool in (AXE, VNU):
+        if not os.path.isfile(tool):
+            raise SystemExit("%s is missing: run `npm ci --ignore-scripts` in scripts/" % tool)
+    pages = [p for p in pages if p not in page_checks.FRAGMENTS]
+    urls = {p: server.url(p) for p in pages}
+    facts = {}
+    for viewport in (page_checks.PHONE, page_checks.WIDE):
+        # On a phone only the picture pages are measured.
+        wanted = {p: u for p, u in urls.items()
+                  if viewport == page_checks.WIDE or page_checks.is_picture_page(p)}
+        seen = evaluate_pages(work, wanted, [page_checks.FACTS_SCRIPT], viewport)
+        facts[viewport] = {p: v and v[0] for p, v in seen.items()}
+    layout = []
+    for viewport, by_page in facts.items():
+        for page, seen in sorted(by_page.items()):
+            if seen is None:
+                layout.append("%s did not load at %dx%d" % ((page,) + viewport[:2]))
+            elif page_checks.is_picture_page(page):
+                layout += page_checks.picture_layout_failures(page, seen, viewport)
+    wide = facts[page_checks.WIDE]
+    # The sample's portrait lies on its side in its file: the check of its size is
+    # worth something only if the page shows it upright.
+    portrait = [p["natural"] for p in page_checks.places(wide.get(PORTRAIT_PAGE) or {"places": []},
+                                                          "foto") if p["natural"]]
+    if not portrait or portrait[0][0] >= portrait[0][1]:
+        layout.append("%s: the portrait is not shown upright: %s" % (PORTRAIT_PAGE, portrait))
+    places = []
+    for page, seen in sorted(wide.items()):
+        places += page_checks.empty_places_failures(page, seen) if seen else []
+
+    with open(AXE, encoding="utf-8") as f:
+        scripts = page_checks.axe_scripts(f.read())
+    axe = []
+    for page, values in evaluate_pages(work, {p: urls[p] for p in AXE_PAGES}, scripts,
+                                       page_checks.WIDE).items():
+        axe += ["axe did not run on " + page] if values is None else page_checks.axe_failures(
+            page, values[1])
+    nu = page_checks.nu_failures(site, page_checks.nu_messages(
+        VNU, [os.path.join(site, p) for p in pages]))
+
+    results = [
+        ("picture pages at %dx%d and %dx%d" % (page_checks.PHONE[:2] + page_checks.WIDE[:2]),
+         layout),
+        ("captions, dates and album lines shown only with words", places),
+        ("no words became markup (<script, onerror and other event attributes)",
+         page_checks.markup_failures(site)),
+        ("axe-core on " + ", ".join(AXE_PAGES), axe),
+        ("the Nu HTML checker on %d pages, less the program's own lines" % len(pages), nu),
+    ]
+    words = os.environ.get("VF_CHECK_WORDS") == "1"
+    if words:
+        results.append(("the photos' words in their places",
+                        page_checks.check_words(wide, ALBUM_SIZE, site)))
+    failures = []
+    for name, failed in results:
+        print("  %s: %s" % (name, "%d failed" % len(failed) if failed else "ok"))
+        failures += failed
+    if not words:
+        print("  the photos' words in their places: not checked (VF_CHECK_WORDS=1 checks them)")
+    return sum(1 for _, failed in results if not failed), failures
 
 
 # ---------------------------------------------------------------- commands
@@ -516,17 +491,20 @@ def cmd_check(build_dir, keep, site=None):
         dumps = render(server, pages, work)
         sizes = album_sizes(PICTURES, ALBUM_SIZE)
         passed, failures, hidden = check_site(site, dumps, sizes, ALBUM_SIZE)
-        # Nothing the pages request may fail; Chromium asks for the site's
-        # icon by itself.
-        requests = failed_requests(server.log_text())
-        for path, status in requests:
-            if path != "favicon.ico":
-                failures.append("HTTP %d for /%s" % (status, path))
         print("browser check: %d pictures, albums of %d, site in %s" % (PICTURES, ALBUM_SIZE, site))
         print("  pages loaded: %d of %d" % (sum(1 for d in dumps.values() if d), len(pages)))
         print("  references to places past the end of the last album, not shown: %d" % len(hidden))
         for d in hidden:
             print("    " + d)
+        more_passed, more_failures = check_pages(server, site, pages, work)
+        passed += more_passed
+        failures += more_failures
+        # Nothing the pages request, at any window size, may fail; Chromium asks
+        # for the site's icon by itself.
+        requests = failed_requests(server.log_text())
+        for path, status in requests:
+            if path != "favicon.ico":
+                failures.append("HTTP %d for /%s" % (status, path))
         for f in failures:
             print("  FAIL " + f)
         print("browser-check: %d passed, %d failed" % (passed, len(failures)))
@@ -543,7 +521,8 @@ def cmd_check(build_dir, keep, site=None):
 SHOTS = [  # name, page
     ("index", "index.htm"),
     ("menu", "dir_0001/menu.htm"),
-    ("picture", "dir_0001/img_002.htm"),
+    ("picture", PORTRAIT_PAGE),
+    ("picture-landscape", "dir_0001/img_001.htm"),
     ("menu-last-album", "dir_0003/menu.htm"),
 ]
 SIZES = [(390, 844), (1280, 800)]

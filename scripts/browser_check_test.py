@@ -125,6 +125,22 @@ class SiteCheck(unittest.TestCase):
             _, failures, _ = self.check(hidden=hidden)
             self.assertIn(failure, failures)
 
+    def test_an_empty_place_may_be_hidden_and_nothing_else(self):
+        cases = [  # a hidden element beside the places past the end, its failures
+            ('<p class="didascalia" data-vf="didascalia"></p>', []),
+            ('<time data-vf="data" datetime="P0D">\n</time>', []),
+            ('<p class="didascalia" data-vf="didascalia">Onde sul molo</p>',
+             ['dir_0001/img_001.htm: hidden, yet no place past the end: '
+              '<p class="didascalia" data-vf="didascalia">']),
+            ('<p class="didascalia"></p>',
+             ['dir_0001/img_001.htm: hidden, yet no place past the end: <p class="didascalia">']),
+        ]
+        for element, wanted in cases:
+            with self.subTest(element=element):
+                _, failures, _ = self.check(hidden=dict(self.hidden, **{
+                    "dir_0001/img_001.htm": [element]}))
+                self.assertEqual(failures, wanted)
+
     def test_a_missing_picture_fails(self):
         os.remove(os.path.join(self.site, "dir_0001/img_002.jpg"))
         _, failures, _ = self.check()

@@ -11,7 +11,9 @@
 #          (Qt's Italian texts in the file dialogs)
 #   pictures and screenshots: imagemagick (convert, identify, import),
 #          fonts-dejavu-core, xvfb + xauth (xvfb-run), x11-utils (xwininfo)
-#   browser check: chromium, python3
+#   browser check: chromium, python3, default-jre-headless (java, for the Nu HTML
+#          checker); nodejs and npm, which install axe-core and the checker from
+#          scripts/package.json, when the machine has no npm of its own
 #   benchmarks: libvips-tools (vipsthumbnail)
 #   metadata: libimage-exiftool-perl (exiftool, with which the tests tag
 #          pictures and read what their published copies still carry)
@@ -19,11 +21,14 @@
 set -euo pipefail
 packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-qpa-plugins libgl-dev libvips-dev
   libgtest-dev libgmock-dev qt6-translations-l10n clang libclang-rt-14-dev xvfb xauth x11-utils chromium
-  imagemagick fonts-dejavu-core python3 file dpkg-dev libvips-tools libimage-exiftool-perl)
+  imagemagick fonts-dejavu-core python3 file dpkg-dev libvips-tools libimage-exiftool-perl
+  default-jre-headless)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
 done
+# A Node.js from elsewhere brings its own npm, which Debian's npm package would clash with.
+command -v npm >/dev/null || missing+=(nodejs npm)
 [ ${#missing[@]} -eq 0 ] && exit 0
 echo "Installing: ${missing[*]}"
 SUDO=""

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Builds a site of 25 pictures with the headless runner of BUILD_DIR and takes
-# screenshots of the index page, an album menu, a picture page and the menu of
-# the last, partly filled album, each 390 and 1280 pixels wide, into OUTDIR
-# (index-390.png, index-1280.png, menu-390.png, ...).
+# Builds a site of 25 photos with the headless runner of BUILD_DIR and takes
+# screenshots of the index page, an album menu, the picture pages of a portrait
+# and of a landscape, and the menu of the last, partly filled album, each 390
+# and 1280 pixels wide, into OUTDIR (index-390.png, index-1280.png,
+# menu-390.png, picture-390.png, picture-landscape-390.png, ...).
 #
 #   scripts/screenshots.sh BUILD_DIR OUTDIR [--keep]
 set -euo pipefail
