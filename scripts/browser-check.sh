@@ -6,8 +6,8 @@
 # album are hidden by the pages and never requested. The picture pages must
 # show a portrait large on a phone and fit a wide window without scrolling, no
 # photo's description may become markup, and axe-core and the Nu HTML checker
-# must find nothing on the lines the template set writes. With VF_CHECK_WORDS=1
-# the photos' words must stand in their places too. Prints a summary; exits
+# must find nothing on the lines the template set writes, and the photos' words
+# must stand in their places. Prints a summary; exits
 # non-zero on a failure.
 #
 #   scripts/browser-check.sh BUILD_DIR [--keep]

@@ -22,7 +22,7 @@ scripts/package.json (axe-core, vnu-jar: `npm ci --ignore-scripts` in
 scripts/) are used; Chromium is driven through --remote-debugging-pipe, which
 tells what each page shows and what it hides.
 
-With VF_CHECK_WORDS=1 the check also wants the photos' words in the pages:
+The check also wants the photos' words in the pages:
 the site's title, album lines and covers, captions, dates, alt texts and the
 pictures' sizes, which the publishing pass writes (page_checks.check_words).
 
@@ -466,16 +466,12 @@ def check_pages(server, site, pages, work):
         ("axe-core on " + ", ".join(AXE_PAGES), axe),
         ("the Nu HTML checker on %d pages, less the program's own lines" % len(pages), nu),
     ]
-    words = os.environ.get("VF_CHECK_WORDS") == "1"
-    if words:
-        results.append(("the photos' words in their places",
-                        page_checks.check_words(wide, ALBUM_SIZE, site)))
+    results.append(("the photos' words in their places",
+                    page_checks.check_words(wide, ALBUM_SIZE, site)))
     failures = []
     for name, failed in results:
         print("  %s: %s" % (name, "%d failed" % len(failed) if failed else "ok"))
         failures += failed
-    if not words:
-        print("  the photos' words in their places: not checked (VF_CHECK_WORDS=1 checks them)")
     return sum(1 for _, failed in results if not failed), failures
 
 

@@ -1,6 +1,6 @@
 """The checks of the sample site beyond its links: how a picture page fits a
 phone and a wide window, that no photo's words became markup, what axe-core
-and the Nu HTML checker say of the pages, and, with VF_CHECK_WORDS=1, that the
+and the Nu HTML checker say of the pages, and that the
 publishing pass put each photo's words in the places the templates give them.
 
 Each check takes what the browser saw of the pages (facts, from FACTS_SCRIPT,
@@ -274,7 +274,7 @@ def jpeg_size(path):
 def check_words(facts, album_size, site):
     """What the publishing pass writes into the places, from the sample photos: the
     site's title, the album line and cover of album 1, and on each picture page its
-    photo's description, date and picture size. Runs only with VF_CHECK_WORDS=1."""
+    photo's description, date and picture size."""
     failures = []
 
     def expect(page, what, got, wanted):
