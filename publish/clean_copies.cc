@@ -122,16 +122,9 @@ void CleanOpen(const std::string& path, int fd, const struct stat& st, bool vips
   if (WriteOver(path, *again, job)) job->result = CleanResult::kRewritten;
 }
 
-// Cleans one copy, or takes back the clean copy its store kept; runs on a
-// worker thread and touches nothing but the job and the copy's files.
+// Cleans one copy and keeps the clean file in its store; runs on a worker
+// thread and touches nothing but the job and the copy's files.
 void Clean(const CopyRecord& copy, bool vips_ready, const CleanStore* store, Job* job) {
-  if (store != nullptr) {
-    if (std::optional<StoredClean> back = store->Reuse(copy)) {
-      job->result = back->result;
-      job->stored = std::move(back);
-      return;
-    }
-  }
   Fd fd;
   struct stat st;
   const std::string& path = copy.copy;
@@ -166,12 +159,28 @@ CleanOutcome CleanCopies(const std::vector<CopyRecord>& copies, size_t workers,
     CleanStore& store = by_site.try_emplace(site, stores, site).first->second;
     if (store.usable()) store_of[i] = &store;
   }
+  // Taking a copy back is a link and a rename, done here: threads would
+  // only contend for the lock of the album folder, and spin on it.
   std::vector<Job> jobs(copies.size());
+  std::vector<size_t> to_clean;
+  for (size_t i = 0; i < copies.size(); ++i) {
+    std::optional<StoredClean> back;
+    if (store_of[i] != nullptr) back = store_of[i]->Reuse(copies[i]);
+    if (!back) {
+      to_clean.push_back(i);
+      continue;
+    }
+    jobs[i].result = back->result;
+    jobs[i].stored = std::move(back);
+  }
   PoolWork calls;
-  calls.work = [&](size_t i) { Clean(copies[i], vips_ready, store_of[i], &jobs[i]); };
+  calls.work = [&](size_t k) {
+    const size_t i = to_clean[k];
+    Clean(copies[i], vips_ready, store_of[i], &jobs[i]);
+  };
   calls.finished = [](size_t) {};
   if (vips_ready) calls.leaving = [] { vips_thread_shutdown(); };
-  RunPool(jobs.size(), workers, calls);
+  RunPool(to_clean.size(), workers, calls);
   // What libvips' cache keeps of the pictures written again is of no use.
   if (vips_ready) {
     const int most = vips_cache_get_max();
