@@ -111,7 +111,9 @@ void SitePublishing::Publish(const BuiltSite& site) {
     // The copies are in the site already: they are cleaned even when the
     // user stops the pass, since cleaning takes a fraction of its time.
     std::optional<CleanOutcome> cleaned;
-    if (!sizes.keep_metadata) cleaned = CleanCopies(copies, options_.workers);
+    if (!sizes.keep_metadata) {
+      cleaned = CleanCopies(copies, options_.workers, CacheFolder() + "/pulite");
+    }
     if (outcome.stopped) throw FineProgramma{};
     auto windows = [this](const std::string& host) { return fs_.WindowsPath(host).value_or(host); };
     // A photo with several sizes is named once for each cause.

@@ -24,8 +24,9 @@ namespace vf {
 // ridotte non scritte:"), each photo by its Windows path once per cause as
 // "PATH - CAUSE", lines separated by a CR. Then, unless the sizes file says
 // "metadati tieni", the album copies are cleaned of their metadata
-// (publish/clean_copies.h) and the last message tells what became of them
-// (see CleanMessage).
+// (publish/clean_copies.h), the clean copies being kept for the next build
+// in CacheFolder()/pulite (desktop/user_area.h), and the last message tells
+// what became of them (see CleanMessage).
 class SitePublishing : public PublishingStep {
  public:
   // `fs` reads the sizes file and turns the build's Windows paths into host

@@ -55,6 +55,15 @@ std::string HomeFolder() {
   return "/";
 }
 
+std::string CacheFolder() {
+  // A relative or empty value is to be ignored, by the rules of the desktop's
+  // base folders.
+  const char* cache = std::getenv("XDG_CACHE_HOME");
+  const fs::path base =
+      cache != nullptr && *cache == '/' ? fs::path(cache) : fs::path(HomeFolder()) / ".cache";
+  return (base / "vetrina-foto").lexically_normal().string();
+}
+
 UserArea UserAreaOf(const std::string& home) {
   fs::path folder = fs::path(home) / "Vetrina-Foto";
   return {folder.lexically_normal().string(), (folder / "Disco C").lexically_normal().string()};

@@ -21,6 +21,12 @@ struct UserArea {
 std::string HomeFolder();
 UserArea UserAreaOf(const std::string& home);
 
+// The program's folder in the user's cache: $XDG_CACHE_HOME/vetrina-foto
+// when that variable holds an absolute path, else
+// ~/.cache/vetrina-foto. Only worked out, not made: what is kept there is
+// the publishing pass's own, and makes its folders when it needs them.
+std::string CacheFolder();
+
 // The drives of the window, and of a script that names none: C: is the
 // area's drive folder, Z: the root, so every folder of the machine can be
 // reached and the fallbacks to C: stay inside the area.

@@ -36,29 +36,47 @@ std::string FolderOf(const std::string& path) {
   return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
 }
 
+// A hidden name in the folder of `beside`: `prefix` and 16 random hex digits.
+std::string HiddenName(const std::string& beside, std::string_view prefix, int attempt) {
+  // getrandom is one cheap call; opening a random device for every copy
+  // would cost more than a small copy itself. Should it fail, the clock and
+  // the attempt still make names that O_EXCL or link keep apart.
+  uint64_t draw = 0;
+  if (::getrandom(&draw, sizeof draw, GRND_NONBLOCK) != static_cast<ssize_t>(sizeof draw)) {
+    draw = static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count()) *
+               0x9E3779B97F4A7C15u +
+           static_cast<uint64_t>(attempt);
+  }
+  char digits[17];
+  std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(draw));
+  return FolderOf(beside) + std::string(prefix) + digits;
+}
+
 }  // namespace
 
 int MakeHiddenTemporary(const std::string& beside, std::string* temporary, Fd* fd,
                         std::string_view prefix) {
   for (int attempt = 0; attempt < 100; ++attempt) {
-    // getrandom is one cheap call; opening a random device for every copy
-    // would cost more than a small copy itself. Should it fail, the clock and
-    // the attempt still make names that O_EXCL keeps apart.
-    uint64_t draw = 0;
-    if (::getrandom(&draw, sizeof draw, GRND_NONBLOCK) != static_cast<ssize_t>(sizeof draw)) {
-      draw = static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count()) *
-                 0x9E3779B97F4A7C15u +
-             static_cast<uint64_t>(attempt);
-    }
-    char digits[17];
-    std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(draw));
-    const std::string path = FolderOf(beside) + std::string(prefix) + digits;
+    const std::string path = HiddenName(beside, prefix, attempt);
     // The mode the system gives a new file (0666 less the umask), so that a
     // web server running as another user can read it.
     Fd opened(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
     if (opened.valid()) {
       *temporary = path;
       *fd = std::move(opened);
+      return kOk;
+    }
+    if (errno != EEXIST) return FailureFromErrno(errno);
+  }
+  return kErroreAccesso;
+}
+
+int LinkHiddenTemporary(const std::string& existing, const std::string& beside,
+                        std::string* temporary, std::string_view prefix) {
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    const std::string path = HiddenName(beside, prefix, attempt);
+    if (::link(existing.c_str(), path.c_str()) == 0) {
+      *temporary = path;
       return kOk;
     }
     if (errno != EEXIST) return FailureFromErrno(errno);

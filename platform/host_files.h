@@ -50,6 +50,12 @@ int OpenHostOutput(const std::string& path, Fd* fd);
 // *temporary is its host path.
 int MakeHiddenTemporary(const std::string& beside, std::string* temporary, Fd* fd,
                         std::string_view prefix = ".vetrina-");
+// Links the file `existing` to a new hidden name (`prefix` and random
+// digits) in the folder of `beside`; *temporary is its host path. Nothing is
+// read or written: the name shares the file. Between two file systems this
+// fails (EXDEV, 75), as does anything link(2) refuses.
+int LinkHiddenTemporary(const std::string& existing, const std::string& beside,
+                        std::string* temporary, std::string_view prefix = ".vetrina-");
 // Copies the bytes of `in` to `target`, which is the whole copy or as it was:
 // a new target is removed when the copy fails, an existing one (a link
 // included, never written through) is replaced by a hidden temporary file

@@ -5,7 +5,9 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <map>
 #include <optional>
+#include <set>
 #include <utility>
 #include <vips/vips8>
 
@@ -13,6 +15,8 @@
 #include "metadata/picture_kind.h"
 #include "platform/failure.h"
 #include "platform/host_files.h"
+#include "publish/clean_store.h"
+#include "publish/clean_store_prune.h"
 #include "publish/derive_pool.h"
 #include "publish/host_site_disk.h"
 #include "publish/rewritten_picture.h"
@@ -27,12 +31,15 @@ constexpr int64_t kMostBytes = int64_t{512} << 20;
 
 // What cleaning one copy came to; filled by its worker.
 struct Job {
-  enum class Result { kQuiet, kIdentifying, kRewritten, kCarrying };
-  Result result = Result::kQuiet;
+  CleanResult result = CleanResult::kQuiet;
   Reason why;
+  // The clean file's status, when one was written over the copy.
+  std::optional<struct stat> written;
+  // The copy's entry in its site's store, when it was taken back or kept.
+  std::optional<StoredClean> stored;
 
   void Carry(Reason reason) {
-    result = Result::kCarrying;
+    result = CleanResult::kCarrying;
     why = std::move(reason);
   }
 };
@@ -70,11 +77,13 @@ bool WholeBmp(std::string_view start, int64_t size) {
 // copy stays whole, and carries what it carried.
 bool WriteOver(const std::string& path, const std::string& bytes, Job* job) {
   const size_t slash = path.rfind('/');
-  const DiskResult result =
-      WriteFileInPlace(slash == std::string::npos ? "." : path.substr(0, slash),
-                       slash == std::string::npos ? path : path.substr(slash + 1),
-                       [&bytes](int out) { return WriteAll(out, bytes); });
+  struct stat written;
+  const DiskResult result = WriteFileInPlace(
+      slash == std::string::npos ? "." : path.substr(0, slash),
+      slash == std::string::npos ? path : path.substr(slash + 1),
+      [&bytes](int out) { return WriteAll(out, bytes); }, &written);
   if (!result.ok()) job->Carry(WriteReason(result.error, result.path));
+  if (result.ok()) job->written = written;
   return result.ok();
 }
 
@@ -86,24 +95,14 @@ void Sift(const std::string& path, int fd, PictureKind kind, std::string* bytes,
   }
   if (removed.anything && WriteOver(path, *bytes, job) &&
       (removed.position || removed.device || removed.person)) {
-    job->result = Job::Result::kIdentifying;
+    job->result = CleanResult::kIdentifying;
   }
 }
 
-// Cleans one copy; runs on a worker thread and touches nothing but the job.
-void Clean(const std::string& path, bool vips_ready, Job* job) {
-  Fd fd;
-  struct stat st;
-  if (int failure = OpenHostInput(path, &fd); failure != kOk || ::fstat(fd.get(), &st) != 0) {
-    // A copy the build could not make publishes nothing.
-    if (failure != kFileNonTrovato) {
-      job->Carry(
-          ErrnoReason(What::kSourceUnreadable, failure != kOk ? ErrnoOf(failure) : errno, path));
-    }
-    return;
-  }
+// Cleans the copy open as `fd`, whose status is `st`.
+void CleanOpen(const std::string& path, int fd, const struct stat& st, bool vips_ready, Job* job) {
   char first[64] = {};
-  const ssize_t got = ::pread(fd.get(), first, sizeof first, 0);
+  const ssize_t got = ::pread(fd, first, sizeof first, 0);
   const std::string_view start(first, got > 0 ? static_cast<size_t>(got) : 0);
   const std::optional<RewriteKind> rewrite = RewriteKindOfStart(start);
   const std::optional<PictureKind> picture = KindOfStart(start);
@@ -112,28 +111,76 @@ void Clean(const std::string& path, bool vips_ready, Job* job) {
   if (!rewrite && !picture) return job->Carry({What::kNotAPicture, false, path});
   if (st.st_size > kMostBytes) return job->Carry({What::kTooLarge, false, ""});
   std::string bytes;
-  if (int error = ReadWhole(fd.get(), static_cast<size_t>(st.st_size), &bytes); error != 0) {
+  if (int error = ReadWhole(fd, static_cast<size_t>(st.st_size), &bytes); error != 0) {
     return job->Carry(ErrnoReason(What::kSourceUnreadable, error, path));
   }
-  if (!rewrite) return Sift(path, fd.get(), *picture, &bytes, job);
+  if (!rewrite) return Sift(path, fd, *picture, &bytes, job);
   if (!vips_ready) return job->Carry({What::kNoScaler, false, ""});
   Reason why;
   const std::optional<std::string> again = RewrittenPicture(bytes, *rewrite, &why);
   if (!again) return job->Carry(std::move(why));
-  if (WriteOver(path, *again, job)) job->result = Job::Result::kRewritten;
+  if (WriteOver(path, *again, job)) job->result = CleanResult::kRewritten;
+}
+
+// Cleans one copy and keeps the clean file in its store; runs on a worker
+// thread and touches nothing but the job and the copy's files.
+void Clean(const CopyRecord& copy, bool vips_ready, const CleanStore* store, Job* job) {
+  Fd fd;
+  struct stat st;
+  const std::string& path = copy.copy;
+  if (int failure = OpenHostInput(path, &fd); failure != kOk || ::fstat(fd.get(), &st) != 0) {
+    // A copy the build could not make publishes nothing.
+    if (failure != kFileNonTrovato) {
+      job->Carry(
+          ErrnoReason(What::kSourceUnreadable, failure != kOk ? ErrnoOf(failure) : errno, path));
+    }
+    return;
+  }
+  CleanOpen(path, fd.get(), st, vips_ready, job);
+  // Only a copy that cleaning wrote again is kept: one that lost nothing
+  // costs the next build a read, never a write.
+  if (store != nullptr && job->written) {
+    job->stored = store->Keep(copy, st, *job->written, job->result);
+  }
 }
 
 }  // namespace
 
-CleanOutcome CleanCopies(const std::vector<CopyRecord>& copies, size_t workers) {
+CleanOutcome CleanCopies(const std::vector<CopyRecord>& copies, size_t workers,
+                         const std::string& stores) {
   const bool vips_ready = VIPS_INIT("vetrina-foto") == 0;
   if (!vips_ready) vips_error_clear();
+  // One store for each site folder the copies stand in, each locked until
+  // its index is written.
+  std::map<std::string, CleanStore> by_site;
+  std::vector<CleanStore*> store_of(copies.size(), nullptr);
+  for (size_t i = 0; i < copies.size() && !stores.empty(); ++i) {
+    const std::string site = SiteFolderOf(copies[i].copy);
+    CleanStore& store = by_site.try_emplace(site, stores, site).first->second;
+    if (store.usable()) store_of[i] = &store;
+  }
+  // Taking a copy back is a link and a rename, done here: threads would
+  // only contend for the lock of the album folder, and spin on it.
   std::vector<Job> jobs(copies.size());
+  std::vector<size_t> to_clean;
+  for (size_t i = 0; i < copies.size(); ++i) {
+    std::optional<StoredClean> back;
+    if (store_of[i] != nullptr) back = store_of[i]->Reuse(copies[i]);
+    if (!back) {
+      to_clean.push_back(i);
+      continue;
+    }
+    jobs[i].result = back->result;
+    jobs[i].stored = std::move(back);
+  }
   PoolWork calls;
-  calls.work = [&](size_t i) { Clean(copies[i].copy, vips_ready, &jobs[i]); };
+  calls.work = [&](size_t k) {
+    const size_t i = to_clean[k];
+    Clean(copies[i], vips_ready, store_of[i], &jobs[i]);
+  };
   calls.finished = [](size_t) {};
   if (vips_ready) calls.leaving = [] { vips_thread_shutdown(); };
-  RunPool(jobs.size(), workers, calls);
+  RunPool(to_clean.size(), workers, calls);
   // What libvips' cache keeps of the pictures written again is of no use.
   if (vips_ready) {
     const int most = vips_cache_get_max();
@@ -141,19 +188,30 @@ CleanOutcome CleanCopies(const std::vector<CopyRecord>& copies, size_t workers) 
     vips_cache_set_max(most);
   }
 
+  std::map<CleanStore*, CleanIndex> kept;
+  for (size_t i = 0; i < jobs.size(); ++i) {
+    if (jobs[i].stored) kept[store_of[i]].Put(PathDigest(copies[i].copy), *jobs[i].stored);
+  }
+  std::set<std::string> in_use;
+  for (auto& [site, store] : by_site) {
+    in_use.insert(PathDigest(site));
+    store.Finish(kept[&store]);
+  }
+  if (!stores.empty()) PruneCleanStores(stores, in_use);
+
   CleanOutcome outcome;
   for (size_t i = 0; i < jobs.size(); ++i) {
     CleanNote note{copies[i].source, copies[i].copy, std::nullopt};
     switch (jobs[i].result) {
-      case Job::Result::kQuiet:
+      case CleanResult::kQuiet:
         break;
-      case Job::Result::kIdentifying:
+      case CleanResult::kIdentifying:
         ++outcome.identifying;
         break;
-      case Job::Result::kRewritten:
+      case CleanResult::kRewritten:
         outcome.rewritten.push_back(std::move(note));
         break;
-      case Job::Result::kCarrying:
+      case CleanResult::kCarrying:
         note.why = std::move(jobs[i].why);
         outcome.carrying.push_back(std::move(note));
         break;

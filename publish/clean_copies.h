@@ -49,7 +49,17 @@ struct CleanOutcome {
 // are cleaned by `workers` threads, 0 for one per core. Every failure is
 // reported in the outcome: nothing is thrown. libvips is started when a
 // copy needs it, and its cache emptied at the end.
-CleanOutcome CleanCopies(const std::vector<CopyRecord>& copies, size_t workers = 0);
+//
+// With `stores`, a host folder of the user's cache, each site folder the
+// copies stand in gets a store there (publish/clean_store.h): a copy whose
+// source is as it was at the last build is not cleaned but replaced by the
+// clean copy kept then, which tells what its cleaning told; every other
+// copy that cleaning wrote again is kept for the next build, and what no
+// copy of this build used is removed. Then the stores of sites that are
+// gone or idle go too (publish/clean_store_prune.h). Whatever fails in a
+// store only costs a cleaning, and is not reported.
+CleanOutcome CleanCopies(const std::vector<CopyRecord>& copies, size_t workers = 0,
+                         const std::string& stores = "");
 
 }  // namespace vf
 
