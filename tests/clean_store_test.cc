@@ -129,6 +129,20 @@ TEST(CleanStoreTest, ACopyIsCleanedAgainWhenItsSourceOrItsStoredFileChanged) {
   }
 }
 
+TEST(CleanStoreTest, ACopyOlderThanItsSourceIsCleanedButNotKept) {
+  // The source changed after the build copied it, even to a time older
+  // than the copy's: the clean copy is of the bytes before, and must not be
+  // taken back for the source as it is now.
+  Site site;
+  const CopyRecord copy = site.Add("a.jpg", Tagged("a.jpg", Saved(Grain(64, 48, kOrange), ".jpg")));
+  const timespec copied[2] = {{0, UTIME_OMIT}, {2, 0}}, changed[2] = {{0, UTIME_OMIT}, {1, 0}};
+  ::utimensat(AT_FDCWD, copy.copy.c_str(), copied, 0);
+  ::utimensat(AT_FDCWD, copy.source.c_str(), changed, 0);
+  EXPECT_EQ(Message(site.Clean({copy})), kOneIdentifying);
+  EXPECT_TRUE(site.Safe(copy));
+  EXPECT_FALSE(fs::exists(site.Stored(copy)));
+}
+
 TEST(CleanStoreTest, AStoreThatFailsCostsNoPictureAndSaysNothing) {
   const std::string jpeg = Tagged("a.jpg", Saved(Grain(64, 48, kOrange, 30), ".jpg"));
   // A folder on another file system than the test's, when there is one.
