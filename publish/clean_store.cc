@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
@@ -77,8 +78,9 @@ Fd LockFolder(const std::string& folder) {
 }  // namespace
 
 std::string SiteFolderOf(const std::string& copy) {
+  // Without a slash, or with one only at the start, no folder holds the
+  // album folder: the search finds nothing, or the root.
   const size_t album = copy.rfind('/');
-  if (album == std::string::npos || album == 0) return "";
   const size_t site = copy.rfind('/', album - 1);
   if (site == std::string::npos || site == 0) return "";
   return copy.substr(0, site);
@@ -132,10 +134,12 @@ std::optional<StoredClean> CleanStore::Keep(const CopyRecord& copy, const struct
   if (!usable() || result == CleanResult::kCarrying) return std::nullopt;
   // The byte copy is of the source as it stands only when the source has its
   // size and has not changed since the copy was made; else the stamp to
-  // record is not that of the bytes cleaned.
+  // record is not that of the bytes cleaned. Its change time, which nobody
+  // can set back, tells a file put in its place with an older time too.
   struct stat source;
   if (::stat(copy.source.c_str(), &source) != 0 || source.st_size != copied.st_size ||
-      Nanoseconds(source) > Nanoseconds(copied)) {
+      int64_t{source.st_ctim.tv_sec} * 1'000'000'000 + source.st_ctim.tv_nsec >
+          Nanoseconds(copied)) {
     return std::nullopt;
   }
   const std::string stored = folder_ + "/" + PathDigest(copy.copy);

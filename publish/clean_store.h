@@ -61,7 +61,7 @@ class CleanStore {
   // status before cleaning and `written` the clean file's, as written;
   // `result` is what the cleaning came to. Nothing is kept for kCarrying,
   // nor when the source's size differs from the byte copy's or it changed
-  // after the byte copy was made, nor when the link fails. Safe from any
+  // (its change time) after the byte copy was made, nor when the link fails. Safe from any
   // number of threads at once.
   std::optional<StoredClean> Keep(const CopyRecord& copy, const struct stat& copied,
                                   const struct stat& written, CleanResult result) const;

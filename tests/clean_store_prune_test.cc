@@ -40,14 +40,16 @@ TEST(CleanStoreTest, WhatNoBuildUsesLeavesTheCache) {
     const char* what;
     bool site_gone;
     int idle_days;
-    bool held;  // by another pass
+    bool held;              // by another pass
+    const char* site_file;  // written over the store's, when given
     bool stays;
   } cases[] = {
-      {"its site there", false, 0, false, true},
-      {"its site gone", true, 0, false, false},
-      {"idle for 61 days", false, 61, false, false},
-      {"idle for 59 days", false, 59, false, true},
-      {"its site gone, held by another pass", true, 0, true, true},
+      {"its site there", false, 0, false, nullptr, true},
+      {"its site gone", true, 0, false, nullptr, false},
+      {"idle for 61 days", false, 61, false, nullptr, false},
+      {"idle for 59 days", false, 59, false, nullptr, true},
+      {"its site gone, held by another pass", true, 0, true, nullptr, true},
+      {"its site file cut short", false, 0, false, "/altrove", true},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
@@ -57,6 +59,7 @@ TEST(CleanStoreTest, WhatNoBuildUsesLeavesTheCache) {
     site.Clean({two});
     ASSERT_TRUE(fs::exists(site.Stored(two, "due")));
     if (c.site_gone) fs::remove_all(site.Path("due"));
+    if (c.site_file != nullptr) site.Write(site.Store("due") + "/sito", c.site_file);
     if (c.idle_days > 0) {
       const auto then = std::chrono::system_clock::now() - std::chrono::hours(24 * c.idle_days);
       const timespec times[2] = {{0, UTIME_OMIT}, {std::chrono::system_clock::to_time_t(then), 0}};

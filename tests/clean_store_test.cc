@@ -69,7 +69,10 @@ TEST(CleanStoreTest, ARebuildTakesBackEveryCleanCopyAndTellsTheSame) {
   std::sort(in_store.begin(), in_store.end());
   EXPECT_EQ(in_store, stored);
   EXPECT_EQ(site.Read(site.Store() + "/sito"), site.Path("site").string() + "\n");
-  EXPECT_EQ(site.Tree("site").size(), std::size(cases) + 1);  // no temporary file left
+  // A build that could not copy again leaves the clean copies, which are
+  // taken back as they stand; no temporary name is left in the site.
+  EXPECT_EQ(Message(site.Clean(copies)), Message(first));
+  EXPECT_EQ(site.Tree("site").size(), std::size(cases) + 1);
   for (const std::string& folder : {site.Path("cache").string(), site.stores, site.Store()}) {
     struct stat st {};
     ::stat(folder.c_str(), &st);
@@ -127,6 +130,20 @@ TEST(CleanStoreTest, ACopyIsCleanedAgainWhenItsSourceOrItsStoredFileChanged) {
     EXPECT_EQ(Message(site.Clean({copy})), kOneIdentifying);
     EXPECT_TRUE(second.Is(copy));
   }
+}
+
+TEST(CleanStoreTest, ACopyOlderThanItsSourceIsCleanedButNotKept) {
+  // The source changed after the build copied it, even to a time older
+  // than the copy's: the clean copy is of the bytes before, and must not be
+  // taken back for the source as it is now.
+  Site site;
+  const CopyRecord copy = site.Add("a.jpg", Tagged("a.jpg", Saved(Grain(64, 48, kOrange), ".jpg")));
+  const timespec copied[2] = {{0, UTIME_OMIT}, {2, 0}}, changed[2] = {{0, UTIME_OMIT}, {1, 0}};
+  ::utimensat(AT_FDCWD, copy.copy.c_str(), copied, 0);
+  ::utimensat(AT_FDCWD, copy.source.c_str(), changed, 0);
+  EXPECT_EQ(Message(site.Clean({copy})), kOneIdentifying);
+  EXPECT_TRUE(site.Safe(copy));
+  EXPECT_FALSE(fs::exists(site.Stored(copy)));
 }
 
 TEST(CleanStoreTest, AStoreThatFailsCostsNoPictureAndSaysNothing) {
