@@ -103,9 +103,13 @@ std::vector<DiskResult> WritePageWords(const SiteWords& site, SiteDisk& disk,
   std::map<std::string, std::vector<std::string>> listed;
   for (const WordsPicture& p : site.pictures) {
     auto [at, added] = listed.try_emplace(FolderOf(p.source));
-    if (added) {
-      if (DiskResult r = disk.List(at->first, &at->second); !r.ok()) failures.push_back(r);
-    }
+    if (!added) continue;
+    if (DiskResult r = disk.List(at->first, &at->second); !r.ok()) failures.push_back(r);
+    // Only text files can be sidecars; a folder of thousands of photos
+    // would otherwise be searched once for each of them.
+    std::erase_if(at->second, [](const std::string& name) {
+      return name.size() < 4 || !EqualIgnoringCase(name.substr(name.size() - 4), ".txt");
+    });
   }
 
   std::vector<Found> found(site.pictures.size());
