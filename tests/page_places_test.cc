@@ -64,6 +64,7 @@ TEST(PagePlaces, EachPlaceTakesItsTextAndNothingElseMoves) {
       {"<h1 data-vf=\"titolo\"\r\n>Foto 2</h1>", nullptr},
       {"<p data-vf=\"ignoto\">x</p><p data-vf=\"titolo\">x</div>", nullptr},
       {"<p>data-vf=\"titolo\"</p> <!-- <p data-vf=\"x\"> -->", nullptr},
+      {"2 <3 data-vf=\"titolo\">x</3>", nullptr},
       {"<img data-vf=\"foto\" src=\"web/img_002.jpg", nullptr},
   };
   const PlaceTexts words = Words();
