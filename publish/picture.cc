@@ -20,8 +20,8 @@ constexpr int kWebpQuality = 80;
 // AVIF_MEASURE: the quality whose butteraugli distance matches the JPEG's,
 // and the effort that keeps the pass with AVIF within 2.5 times the pass
 // without.
-constexpr int kAvifQuality = 74;
-constexpr int kAvifEffort = 2;
+constexpr int kAvifQuality = 79;
+constexpr int kAvifEffort = 3;
 // Decoders that read line by line keep little in memory whatever the size,
 // so only time bounds them; the others hold the whole picture (a GIF costs
 // about 9 bytes a pixel; HEIF and JPEG XL are decoded whole by their

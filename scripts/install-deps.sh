@@ -12,14 +12,17 @@
 #   pictures and screenshots: imagemagick (convert, identify, import),
 #          fonts-dejavu-core, xvfb + xauth (xvfb-run), x11-utils (xwininfo)
 #   browser check: chromium, python3
-#   benchmarks: libvips-tools (vipsthumbnail)
+#   benchmarks: libvips-tools (vipsthumbnail), butteraugli (bench/avif_quality.sh
+#          sets the AVIF's distance from its picture against the JPEG's)
+#   tests: libjxl-tools (cjxl, which makes a JPEG XL animation to derive)
 #   metadata: libimage-exiftool-perl (exiftool, with which the tests tag
 #          pictures and read what their published copies still carry)
 #   Debian package (cpack -G DEB): dpkg-dev (dpkg-shlibdeps), file
 set -euo pipefail
 packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-qpa-plugins libgl-dev libvips-dev
   libgtest-dev libgmock-dev qt6-translations-l10n clang libclang-rt-14-dev xvfb xauth x11-utils chromium
-  imagemagick fonts-dejavu-core python3 file dpkg-dev libvips-tools libimage-exiftool-perl)
+  imagemagick fonts-dejavu-core python3 file dpkg-dev libvips-tools libimage-exiftool-perl
+  butteraugli libjxl-tools)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
