@@ -48,7 +48,7 @@ def build(runner, templates, photos, work, avif):
         names.append("P%02d.JPG" % n)
         shutil.copyfile(photo, os.path.join(c, "foto", names[-1]))
     lines = ["drive C %s" % c, "drive P %s" % prog, "program P:\\", "start", "click Option2",
-             "set txtMAX_N_FILES %d" % len(names), "set txtMAX_PER_RIGA 4"]
+             "set txtMAX_N_FILES %d" % bc.ALBUM_SIZE, "set txtMAX_PER_RIGA %d" % bc.PER_ROW]
     lines += ["add C:\\foto\\%s" % name for name in names]
     lines += ["set txtNUM_FILE %d" % len(names), "set txtNOME_FILE_HTM C:\\sito\\index.htm",
               "click Command1"]
