@@ -348,6 +348,7 @@ TEST(PictureKindTest, HeifAndJpegXlAreToldByTheirFirstBytes) {
       {"\0\0\0\x0CJXL \r\n\x87\n\0\0\0\x14"s, PictureKind::kJxl},
       {"\0\0\0\x0CJXL \r\n\x87"s, {}},
       {"\0\0\0\x18"s + "ftyp", {}},
+      {"\0\0\0\x0C"s + "ftypheic", PictureKind::kHeif},  // a box of its major brand alone
   };
   for (const auto& row : rows) {
     EXPECT_EQ(std::pair(KindOfStart(row.start), AnnouncesAvif(row.start)),
