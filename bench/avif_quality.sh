@@ -39,7 +39,7 @@ for photo in src/*.jpg; do
   for size in mini:480 web:1600; do
     folder=${size%:*} pixels=${size#*:}
     # The pass's own scaling, to a picture that nothing has compressed.
-    vips thumbnail "$photo" ref.png "$pixels" --height "$pixels" --size down
+    vips thumbnail "$photo" "ref.png[strip]" "$pixels" --height "$pixels" --size down
     vips copy "site/dir_0001/$folder/$name.jpg" jpeg.png
     vips copy "site/dir_0001/$folder/$name.avif" avif.png 2>/dev/null
     jpeg+=("$(butteraugli ref.png jpeg.png)")
