@@ -100,10 +100,11 @@ bool IsDerivablePicture(const std::string& path);
 // with the size folder in capitals ("MINI") when `capitals` is set, else in
 // small letters ("mini"). A derived picture is the source scaled down so its
 // longest side is at most the size's pixels (never enlarged), turned upright
-// by its EXIF orientation, and with no metadata (no EXIF, GPS, XMP, IPTC,
-// comment). Its colours are in sRGB, turned so from any other profile
-// (CMYK too): as a page takes a picture without a profile to be sRGB, none is
-// kept, since sRGB's own weighs more than a small picture. The source's kind
+// by its orientation (its EXIF's, or a HEIF's own transforms), and with no
+// metadata (no EXIF, GPS, XMP, IPTC, comment). Its colours are in sRGB,
+// turned so from any other profile (CMYK too): as a page takes a picture
+// without a profile to be sRGB, none is kept, since sRGB's own weighs more
+// than a small picture. The source's kind
 // is told by its content, not its name: the derived picture is in the
 // source's own format for JPEG, PNG, GIF (the first frame) and WebP, and JPEG
 // for TIFF, BMP, HEIC, HEIF, AVIF and JPEG XL, under the copy's name either
