@@ -86,6 +86,41 @@ camera_picture() {
   rm -f noise.v xy.v x.v y.v xyx.v ramp.v sum.v base.v
 }
 
+# COUNT camera pictures in the folder OUT (made), p0001.jpg ...: three
+# different 4000x3000 JPEGs of about 5 MB, each copied to a third of the
+# names, made in the current folder: camera_pictures OUT COUNT.
+camera_pictures() {
+  local out=$1 count=$2 i n
+  mkdir -p "$out"
+  for i in 1 2 3; do
+    camera_picture "base$i.jpg" 4000 3000 $((10 + 4 * i)) "0.04 0.05 0.05" "$((20 * i)) 30 60" 90
+  done
+  for n in $(seq 1 "$count"); do
+    cp "base$(((n - 1) % 3 + 1)).jpg" "$(printf '%s/p%04d.jpg' "$out" "$n")"
+  done
+  rm -f base*.jpg
+}
+
+# Sets VF_PHOTOS to a folder of real photographs (JPEG files): the folder
+# VF_BENCH_PHOTOS names, or else the nature/ folder of Debian's package
+# mate-backgrounds, fetched with apt-get download into the current folder.
+# Prints why and fails when there are none to be had.
+vf_photographs() {
+  VF_PHOTOS=${VF_BENCH_PHOTOS:-}
+  if [ -z "$VF_PHOTOS" ]; then
+    if ! apt-get download mate-backgrounds >/dev/null 2>&1; then
+      echo "the photographs of mate-backgrounds could not be fetched"
+      return 1
+    fi
+    dpkg-deb -x mate-backgrounds_*.deb deb
+    VF_PHOTOS=$PWD/deb/usr/share/backgrounds/mate/nature
+  fi
+  if [ -z "$(find "$VF_PHOTOS" -maxdepth 1 -iname '*.jpg' 2>/dev/null | head -1)" ]; then
+    echo "no photographs in $VF_PHOTOS"
+    return 1
+  fi
+}
+
 # The middle value of the numbers given.
 median() {
   printf '%s\n' "$@" | sort -g | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'

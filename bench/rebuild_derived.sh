@@ -86,9 +86,10 @@ check_build() {
   fi
 }
 
-# The web-sized pictures of one size, as dir_NNNN/SIZE/img_NNN.jpg.
+# The web-sized pictures of one size, as dir_NNNN/SIZE/img_NNN.jpg; the AVIF
+# beside each is not counted.
 derived_count() {
-  find c/Sito -mindepth 3 -maxdepth 3 -type f -path "*/$1/img_*" | wc -l
+  find c/Sito -mindepth 3 -maxdepth 3 -type f -path "*/$1/img_*.jpg" | wc -l
 }
 
 cp sizes.txt prog/DIMENSIONI.TXT

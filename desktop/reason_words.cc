@@ -24,6 +24,8 @@ std::string WordsOf(const Reason& why) {
       return "riduzione non riuscita";
     case What::kNoScaler:
       return "riduzione non disponibile";
+    case What::kAvifFailed:
+      return "codifica AVIF non riuscita";
     case What::kSourceMissing:
       return "sorgente mancante";
     case What::kSourceUnreadable:

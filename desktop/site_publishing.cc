@@ -106,8 +106,10 @@ void SitePublishing::Publish(const BuiltSite& site) {
     if (source && copy) copies.push_back({*source, *copy});
   }
   if (!copies.empty()) {
+    DeriveOptions options = options_;
+    options.avif = sizes.avif;
     const DeriveOutcome outcome =
-        DerivePictures(copies, sizes.sizes, site.capitals, progress_, options_);
+        DerivePictures(copies, sizes.sizes, site.capitals, progress_, options);
     // The copies are in the site already: they are cleaned even when the
     // user stops the pass, since cleaning takes a fraction of its time.
     std::optional<CleanOutcome> cleaned;
@@ -130,6 +132,7 @@ void SitePublishing::Publish(const BuiltSite& site) {
     };
     tell("Immagini non riducibili, copiate come sono:", outcome.plain_copies);
     tell("Immagini ridotte non scritte:", outcome.failed);
+    tell("Immagini senza versione AVIF (le pagine mostrano la JPEG):", outcome.avif_missing);
     if (std::string m = cleaned ? CleanMessage(*cleaned, windows) : ""; !m.empty()) {
       messages.push_back(std::move(m));
     }

@@ -19,9 +19,11 @@ namespace vf {
 // pictures; without the file nothing is written. What went wrong is told
 // afterwards, one Italian message per kind, through the user operations:
 // the sizes file's bad lines (see BadLinesMessage), the photos whose
-// pictures are plain copies ("Immagini non riducibili, copiate come sono:")
-// and those whose pictures or record could not be written ("Immagini
-// ridotte non scritte:"), each photo by its Windows path once per cause as
+// pictures are plain copies ("Immagini non riducibili, copiate come sono:"),
+// those whose pictures or record could not be written ("Immagini ridotte
+// non scritte:") and those whose scaled pictures got no AVIF ("Immagini
+// senza versione AVIF (le pagine mostrano la JPEG):"; the sizes file's "avif
+// no" asks for none), each photo by its Windows path once per cause as
 // "PATH - CAUSE", lines separated by a CR. Then, unless the sizes file says
 // "metadati tieni", the album copies are cleaned of their metadata
 // (publish/clean_copies.h), the clean copies being kept for the next build

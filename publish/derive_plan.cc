@@ -91,47 +91,70 @@ AlbumFolder OpenAlbumFolder(SiteDisk& disk, const std::string& path,
 }
 
 CopyPlan PlanCopy(SiteDisk& disk, AlbumFolder* album, const CopyRecord& copy,
-                  const std::string& name, const std::vector<DerivedSize>& sizes) {
+                  const std::string& name, const std::vector<DerivedSize>& sizes, bool avif) {
   CopyPlan plan;
   plan.name = name;
+  plan.avif = avif && !EqualIgnoringCase(AvifName(name), name);
   DiskStatus source;
   const bool have_source =
       disk.Stat(copy.source, &source).ok() && source.type == DiskStatus::Type::kFile;
   const std::string source_key = SourceKey(copy.source);
-  for (size_t s = 0; s < sizes.size(); ++s) {
-    const std::string folder = album->path + "/" + album->folders[s];
-    const std::string derived = folder + "/" + name;
-    if (album->not_ready[s]) {
-      plan.failed.push_back({s, {copy.source, derived, *album->not_ready[s]}});
-      continue;
-    }
-    const DerivedEntry* found = album->record.Find(album->folders[s], name);
-    if (!found) {
-      plan.to_make.push_back(s);
-      continue;
-    }
-    DerivedEntry entry = *found;
+  // True when the entry's file, named `from`, is still the right one: then
+  // named `to`, renamed when only the case changed.
+  auto stays = [&](const std::string& folder, const DerivedEntry& entry, const std::string& from,
+                   const std::string& to, size_t s) {
     auto named = [&] {
-      if (entry.copy_name == name) return true;
-      const DiskResult renamed = disk.Rename(folder + "/" + entry.copy_name, derived);
+      if (from == to) return true;
+      const DiskResult renamed = disk.Rename(folder + "/" + from, folder + "/" + to);
       if (!renamed.ok()) album->harmless_failures.push_back(renamed);
       return renamed.ok();
     };
-    if (have_source && entry.pixels == sizes[s].pixels && entry.source == source_key &&
-        entry.bytes == source.bytes && entry.mtime_ns == source.mtime_ns && named() &&
-        AsWritten(disk, derived, entry)) {
-      if (entry.folder != album->folders[s] || entry.copy_name != name) {
-        entry.folder = album->folders[s];
-        entry.copy_name = name;
-        album->record.Put(entry);
-        album->dirty = true;
-      }
-      if (entry.plain) plan.plain.push_back({s, {copy.source, derived, *entry.plain}});
+    return have_source && entry.pixels == sizes[s].pixels && entry.source == source_key &&
+           entry.bytes == source.bytes && entry.mtime_ns == source.mtime_ns && named() &&
+           AsWritten(disk, folder + "/" + to, entry);
+  };
+  // Notes the names the entry's file has now.
+  auto renamed = [&](DerivedEntry entry, size_t s) {
+    if (entry.folder == album->folders[s] && entry.copy_name == name) return;
+    entry.folder = album->folders[s];
+    entry.copy_name = name;
+    album->record.Put(std::move(entry));
+    album->dirty = true;
+  };
+  auto forget = [&](const DerivedEntry& entry) {
+    album->record.Erase(entry.folder, entry.copy_name, entry.avif);
+    album->dirty = true;
+  };
+  for (size_t s = 0; s < sizes.size(); ++s) {
+    const std::string folder = album->path + "/" + album->folders[s];
+    if (album->not_ready[s]) {
+      plan.failed.push_back({s, {copy.source, folder + "/" + name, *album->not_ready[s]}});
       continue;
     }
-    album->record.Erase(entry.folder, entry.copy_name);
-    album->dirty = true;
-    plan.to_make.push_back(s);
+    const DerivedEntry* found = album->record.Find(album->folders[s], name);
+    const DerivedEntry* found_avif = album->record.Find(album->folders[s], name, true);
+    const std::optional<DerivedEntry> avif_entry =
+        found_avif ? std::optional(*found_avif) : std::nullopt;
+    if (!found || !stays(folder, *found, found->copy_name, name, s)) {
+      if (found) forget(*found);
+      if (avif_entry) forget(*avif_entry);
+      plan.to_make.push_back(s);
+      continue;
+    }
+    const DerivedEntry entry = *found;
+    renamed(entry, s);
+    if (entry.plain) {
+      plan.plain.push_back({s, {copy.source, folder + "/" + name, *entry.plain}});
+      continue;
+    }
+    if (!plan.avif) continue;
+    if (avif_entry &&
+        stays(folder, *avif_entry, AvifName(avif_entry->copy_name), AvifName(name), s)) {
+      renamed(*avif_entry, s);
+      continue;
+    }
+    if (avif_entry) forget(*avif_entry);
+    plan.avif_to_make.push_back(s);
   }
   return plan;
 }

@@ -50,8 +50,13 @@ AlbumFolder OpenAlbumFolder(SiteDisk& disk, const std::string& path,
 struct CopyPlan {
   std::string name;             // the copy's file name
   std::vector<size_t> to_make;  // indices of the sizes to make, in order
-  SizeProblems plain;           // sizes kept that are plain copies, with the recorded reason
-  SizeProblems failed;          // sizes whose folder is not ready
+  // Indices of the sizes whose derived picture stays but whose AVIF is made.
+  std::vector<size_t> avif_to_make;
+  // The derived pictures made get their AVIF beside them (AvifName,
+  // publish/site_names.h): the pass makes AVIF and the copy's name is not one.
+  bool avif = false;
+  SizeProblems plain;   // sizes kept that are plain copies, with the recorded reason
+  SizeProblems failed;  // sizes whose folder is not ready
 };
 
 // Decides, for each size of `copy` (whose file name in `album` is `name`),
@@ -60,11 +65,13 @@ struct CopyPlan {
 // time) and these pixels, and the picture is itself as the record says it
 // was written (size and modification time); when only the case of the size
 // folder or of the name changed, it is renamed. Any other is made again, and
-// its entry is forgotten first, so that a crash meanwhile cannot leave a
-// record that vouches for a stale picture: the record is then `dirty`, to be
-// written before any picture is made.
+// its entry and its AVIF's are forgotten first, so that a crash meanwhile
+// cannot leave a record that vouches for a stale picture: the record is then
+// `dirty`, to be written before any picture is made. With `avif`, the AVIF
+// beside a scaled picture that stays is decided the same way, by its own
+// entry; a plain copy has none. Without, AVIF entries are left as they are.
 CopyPlan PlanCopy(SiteDisk& disk, AlbumFolder* album, const CopyRecord& copy,
-                  const std::string& name, const std::vector<DerivedSize>& sizes);
+                  const std::string& name, const std::vector<DerivedSize>& sizes, bool avif);
 
 // Writes the album's record when it is dirty, and keeps the outcome in
 // `record_failure` (a reason with of_record set, or nothing).

@@ -2,8 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -15,13 +13,12 @@
 #include <vips/vips8>
 
 #include "platform/case_fold.h"
-#include "platform/failure.h"
 #include "platform/host_files.h"
+#include "publish/derive_copy.h"
 #include "publish/derive_plan.h"
 #include "publish/derive_pool.h"
 #include "publish/derived_memory.h"
 #include "publish/host_site_disk.h"
-#include "publish/picture.h"
 
 namespace vf {
 namespace {
@@ -32,92 +29,6 @@ std::string_view Extension(std::string_view path) {
   size_t dot = path.rfind('.');
   if (dot == std::string_view::npos || path.find('/', dot) != std::string_view::npos) return {};
   return path.substr(dot + 1);
-}
-
-// One copy of the pass: what the plan decided, then what its worker did.
-struct Job {
-  size_t copy = 0;
-  size_t album = 0;
-  CopyPlan plan;
-  // Filled by the worker that makes the job, read once it is finished.
-  std::vector<DerivedEntry> made;
-  int64_t cost = 0;  // the decoded memory it was let in with
-};
-
-// The decoded memory a picture was let in with, given back when this goes.
-// Declared before the picture, it goes after it, once its memory is free.
-class Admitted {
- public:
-  Admitted() = default;
-  Admitted(const Admitted&) = delete;
-  Admitted& operator=(const Admitted&) = delete;
-  ~Admitted() {
-    if (gate_) gate_->Release(cost_);
-  }
-  void Admit(MemoryGate* gate, int64_t cost) {
-    gate->Admit(cost);
-    gate_ = gate;
-    cost_ = cost;
-  }
-
- private:
-  MemoryGate* gate_ = nullptr;
-  int64_t cost_ = 0;
-};
-
-// Makes the planned sizes of one picture once `gate` lets its decoded memory
-// in; with `unscalable`, libvips is not there and each is a plain copy. Runs
-// on a worker thread and touches nothing but the job.
-void Make(Job* job, const AlbumFolder& album, const CopyRecord& copy,
-          const std::vector<DerivedSize>& sizes, const std::optional<Reason>& unscalable,
-          MemoryGate* gate) {
-  std::vector<size_t>& to_make = job->plan.to_make;
-  if (to_make.empty()) return;
-  const std::string& name = job->plan.name;
-  auto derived = [&](size_t s) { return album.path + "/" + album.folders[s] + "/" + name; };
-  Fd fd;
-  struct stat st;
-  if (int failure = OpenHostInput(copy.source, &fd);
-      failure != kOk || ::fstat(fd.get(), &st) != 0) {
-    const What what = failure == kFileNonTrovato ? What::kSourceMissing : What::kSourceUnreadable;
-    const Reason why = ErrnoReason(what, failure != kOk ? ErrnoOf(failure) : errno, copy.source);
-    for (size_t s : to_make) job->plan.failed.push_back({s, {copy.source, derived(s), why}});
-    return;
-  }
-  // Largest first, so that the smaller sizes are scaled from it.
-  std::stable_sort(to_make.begin(), to_make.end(),
-                   [&](size_t a, size_t b) { return sizes[a].pixels > sizes[b].pixels; });
-  Admitted admitted;
-  SourcePicture picture;
-  const bool scalable = !unscalable && picture.Open(fd.get(), copy.source);
-  if (scalable) {
-    job->cost = picture.Cost(sizes[to_make.front()].pixels, to_make.size() > 1);
-    admitted.Admit(gate, job->cost);
-  }
-  for (size_t s : to_make) {
-    std::optional<std::string> scaled;
-    if (scalable) scaled = picture.Scale(sizes[s].pixels, s != to_make.back());
-    struct stat written;
-    const DiskResult result = WriteFileInPlace(
-        album.path + "/" + album.folders[s], name,
-        [&](int out) {
-          if (scaled) return WriteAll(out, *scaled);
-          if (::lseek(fd.get(), 0, SEEK_SET) != 0) return static_cast<int>(kErroreAccesso);
-          return CopyHostData(fd.get(), out);
-        },
-        &written);
-    if (!result.ok()) {
-      job->plan.failed.push_back(
-          {s, {copy.source, derived(s), WriteReason(result.error, result.path)}});
-      continue;
-    }
-    std::optional<Reason> plain;
-    if (!scaled) plain = unscalable ? *unscalable : picture.why();
-    if (plain) job->plan.plain.push_back({s, {copy.source, derived(s), *plain}});
-    job->made.push_back(DerivedEntry{album.folders[s], sizes[s].pixels, name,
-                                     SourceKey(copy.source), st.st_size, Nanoseconds(st),
-                                     written.st_size, Nanoseconds(written), std::move(plain)});
-  }
 }
 
 void Report(SizeProblems* problems, std::vector<DeriveProblem>* out) {
@@ -167,7 +78,8 @@ bool SizeFolderIsSafe(const std::string& folder) {
 
 bool IsDerivablePicture(const std::string& path) {
   std::string extension = ToLower(Extension(path));
-  for (std::string_view known : {"jpg", "jpeg", "png", "gif", "webp", "tif", "tiff", "bmp"}) {
+  for (std::string_view known : {"jpg", "jpeg", "png", "gif", "webp", "tif", "tiff", "bmp", "heic",
+                                 "heif", "hif", "avif", "jxl"}) {
     if (extension == known) return true;
   }
   return false;
@@ -207,7 +119,7 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
   HostSiteDisk disk;
   std::vector<AlbumFolder> albums;
   std::vector<size_t> pending;  // per album, the jobs not finished
-  std::vector<Job> jobs;
+  std::vector<CopyJob> jobs;
   for (size_t i = 0; i < copies.size(); ++i) {
     if (!album_of[i]) continue;
     auto album = std::find_if(albums.begin(), albums.end(),
@@ -217,11 +129,11 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
       pending.push_back(0);
       album = albums.end() - 1;
     }
-    Job& job = jobs.emplace_back();
+    CopyJob& job = jobs.emplace_back();
     job.copy = i;
     job.album = static_cast<size_t>(album - albums.begin());
-    job.plan =
-        PlanCopy(disk, &*album, copies[i], copies[i].copy.substr(album_of[i]->size() + 1), sizes);
+    job.plan = PlanCopy(disk, &*album, copies[i], copies[i].copy.substr(album_of[i]->size() + 1),
+                        sizes, options.avif);
     ++pending[job.album];
   }
   for (AlbumFolder& album : albums) WriteRecordIfChanged(disk, &album);
@@ -230,7 +142,7 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
   MemoryGate gate(options.memory_budget > 0 ? options.memory_budget : DefaultDecodeBudget());
   PoolWork calls;
   calls.work = [&](size_t i) {
-    Make(&jobs[i], albums[jobs[i].album], copies[jobs[i].copy], sizes, unscalable, &gate);
+    MakeCopy(&jobs[i], albums[jobs[i].album], copies[jobs[i].copy], sizes, unscalable, &gate);
   };
   calls.finished = [&](size_t i) {
     AlbumFolder& album = albums[jobs[i].album];
@@ -250,9 +162,10 @@ DeriveOutcome DerivePictures(const std::vector<CopyRecord>& copies,
     vips_cache_set_max(most);
   }
 
-  for (Job& job : jobs) {
+  for (CopyJob& job : jobs) {
     Report(&job.plan.plain, &outcome.plain_copies);
     Report(&job.plan.failed, &outcome.failed);
+    Report(&job.avif_missing, &outcome.avif_missing);
     outcome.largest_cost = std::max(outcome.largest_cost, job.cost);
   }
   // A record that could not be written costs nothing but time: the next

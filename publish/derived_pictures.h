@@ -44,13 +44,17 @@ struct DeriveOutcome {
   // could not be read or scaled: a damaged or cut file, a file that is no
   // picture or of a kind not derived, one too large to decode safely (over
   // 100 million pixels where the decoder holds the whole picture, as for
-  // GIF, BMP, TIFF, progressive JPEG and interlaced PNG). Their links work
-  // all the same.
+  // GIF, BMP, TIFF, HEIF, JPEG XL, progressive JPEG and interlaced PNG).
+  // Their links work all the same.
   std::vector<DeriveProblem> plain_copies;
   // Derived pictures that could not be written at all (the source is gone,
   // the disk is full, a file stands where the size folder should be), and
   // after them the album folders whose record could not be written.
   std::vector<DeriveProblem> failed;
+  // Scaled pictures whose AVIF (`derived` names it) could not be encoded
+  // (kAvifFailed) or written (the disk is full...): none stands beside them,
+  // and the pages show the picture alone. The next pass tries again.
+  std::vector<DeriveProblem> avif_missing;
   // Steps that failed at no cost to any picture, for whoever looks into a
   // pass: a record that could not be read or a case-only rename that failed
   // (their pictures were made again), a crash's leftover that could not be
@@ -65,8 +69,11 @@ struct DeriveOutcome {
   int64_t peak_cost = 0;
 };
 
-// How a pass uses the machine.
+// What a pass makes beside the derived pictures, and how it uses the machine.
 struct DeriveOptions {
+  // An AVIF beside each scaled picture (the sizes file's "avif si"); without,
+  // none is written, and those an earlier pass wrote stay as they are.
+  bool avif = false;
   // Pictures made at once; 0 for one per core.
   size_t workers = 0;
   // Decoded memory, in bytes, that the pictures in work may hold together;
@@ -83,7 +90,8 @@ struct DeriveOptions {
 bool SizeFolderIsSafe(const std::string& folder);
 
 // True when the path ends in an extension, in any case, of a picture that
-// gets derived pictures: jpg, jpeg, png, gif, webp, tif, tiff, bmp.
+// gets derived pictures: jpg, jpeg, png, gif, webp, tif, tiff, bmp, heic,
+// heif, hif, avif, jxl. What the file holds decides how it is read.
 bool IsDerivablePicture(const std::string& path);
 
 // Makes the web-sized pictures of the copies whose SOURCE is a derivable
@@ -92,12 +100,18 @@ bool IsDerivablePicture(const std::string& path);
 // with the size folder in capitals ("MINI") when `capitals` is set, else in
 // small letters ("mini"). A derived picture is the source scaled down so its
 // longest side is at most the size's pixels (never enlarged), turned upright
-// by its EXIF orientation, and with no metadata (no EXIF, GPS, XMP, IPTC,
-// comment). Its colours are in sRGB, turned so from any other profile
-// (CMYK too): as a page takes a picture without a profile to be sRGB, none is
-// kept, since sRGB's own weighs more than a small picture. It is in the source's own format for
-// JPEG, PNG, GIF (the first frame) and WebP, and JPEG for TIFF and BMP, under the copy's name
-// either way. A source that cannot be scaled gives a plain copy (see DeriveOutcome).
+// by its orientation (its EXIF's, or a HEIF's own transforms), and with no
+// metadata (no EXIF, GPS, XMP, IPTC, comment). Its colours are in sRGB,
+// turned so from any other profile (CMYK too): as a page takes a picture
+// without a profile to be sRGB, none is kept, since sRGB's own weighs more
+// than a small picture. The source's kind
+// is told by its content, not its name: the derived picture is in the
+// source's own format for JPEG, PNG, GIF (the first frame) and WebP, and JPEG
+// for TIFF, BMP, HEIC, HEIF, AVIF and JPEG XL, under the copy's name either
+// way. A source that cannot be scaled gives a plain copy (see DeriveOutcome).
+// With `options.avif`, each scaled picture gets an AVIF of the same pixels
+// beside it, <size folder>/AvifName(copy name) (publish/site_names.h); a
+// plain copy gets none.
 //
 // Each derived picture is written through a temporary file renamed into
 // place, so its name never shows a part of a picture. Nothing is written
@@ -107,7 +121,9 @@ bool IsDerivablePicture(const std::string& path);
 // the record holds, and which is itself as the record says it was written
 // (its size and modification time), is kept as it is, file and time; when
 // only the case of its folder or name changed, they are renamed. A derived
-// picture that anyone else changed is made again.
+// picture that anyone else changed is made again. An AVIF is kept or made
+// again the same way, by its own entry: turning AVIF on makes only the AVIF
+// pictures, and turning it off makes nothing.
 //
 // `progress(done, total)` is called on the caller's thread after each
 // picture with all its sizes, `total` being the number of derivable copies;

@@ -12,12 +12,14 @@
 namespace vf {
 namespace {
 
-constexpr std::string_view kFirstLine = "vetrina-derivate 4";
+constexpr std::string_view kFirstLine = "vetrina-derivate 5";
 
-std::string Key(std::string_view folder, std::string_view copy_name) {
+// No name holds a "/", so the AVIF's key cannot be a picture's.
+std::string Key(std::string_view folder, std::string_view copy_name, bool avif) {
   std::string key = ToLower(folder);
   key += '/';
   key += ToLower(copy_name);
+  if (avif) key += "/avif";
   return key;
 }
 
@@ -120,9 +122,10 @@ bool ParseLine(std::string_view line, DerivedEntry* entry) {
   }
   if (fields[8] == "c") {
     if (!ParseReason(why, &entry->plain)) return false;
-  } else if (fields[8] != "s" || !why.empty()) {
+  } else if ((fields[8] != "s" && fields[8] != "a") || !why.empty()) {
     return false;
   }
+  entry->avif = fields[8] == "a";
   // A name is one step inside the album folder; anything else is not one
   // this program wrote, and must not lead a rename elsewhere.
   auto one_step = [](const std::string& name) {
@@ -155,18 +158,19 @@ DerivedRecord DerivedRecord::Parse(std::string_view text) {
   return record;
 }
 
-const DerivedEntry* DerivedRecord::Find(std::string_view folder, std::string_view copy_name) const {
-  auto found = entries_.find(Key(folder, copy_name));
+const DerivedEntry* DerivedRecord::Find(std::string_view folder, std::string_view copy_name,
+                                        bool avif) const {
+  auto found = entries_.find(Key(folder, copy_name, avif));
   return found == entries_.end() ? nullptr : &found->second;
 }
 
 void DerivedRecord::Put(DerivedEntry entry) {
-  std::string key = Key(entry.folder, entry.copy_name);
+  std::string key = Key(entry.folder, entry.copy_name, entry.avif);
   entries_.insert_or_assign(std::move(key), std::move(entry));
 }
 
-void DerivedRecord::Erase(std::string_view folder, std::string_view copy_name) {
-  entries_.erase(Key(folder, copy_name));
+void DerivedRecord::Erase(std::string_view folder, std::string_view copy_name, bool avif) {
+  entries_.erase(Key(folder, copy_name, avif));
 }
 
 std::string DerivedRecord::Text() const {
@@ -181,7 +185,7 @@ std::string DerivedRecord::Text() const {
     for (int64_t number : {entry.bytes, entry.mtime_ns, entry.made_bytes, entry.made_mtime_ns}) {
       text += '\t' + std::to_string(number);
     }
-    text += entry.plain ? "\tc\t" : "\ts\t";
+    text += entry.plain ? "\tc\t" : entry.avif ? "\ta\t" : "\ts\t";
     if (entry.plain) AppendEscaped(&text, ReasonText(*entry.plain));
     text += '\n';
   }

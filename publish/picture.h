@@ -25,33 +25,44 @@ class SourcePicture {
   // `path` names the same file, for the decoder that reads only files (BMP).
   bool Open(int fd, const std::string& path);
 
-  // Why the picture could not be scaled, once Open or Scale failed.
+  // Why the picture could not be scaled or saved, once a call failed.
   const Reason& why() const { return why_; }
 
   // The decoded memory, in bytes, that scaling costs at most when the
   // largest size is `largest` pixels: the decoded source (all of it where
-  // the decoder holds the whole picture), and the scaled picture kept for
-  // the smaller sizes when `keeps`. Only after a successful Open.
+  // the decoder holds the whole picture), and the scaled picture when it is
+  // kept (`keeps`). Only after a successful Open.
   int64_t Cost(int largest, bool keeps) const;
 
-  // The picture scaled to fit `pixels` (never enlarged), upright, in sRGB,
-  // without metadata, and saved in its own format (JPEG for TIFF and BMP);
-  // nothing when it cannot be. The first call decodes the source, at the
-  // least scale that serves; with `again` it keeps the result in memory and
-  // later calls, for sizes no larger, scale that down instead: decoding a
-  // camera JPEG costs more than all the rest, at any scale.
-  std::optional<std::string> Scale(int pixels, bool again);
+  // Scales the picture to fit `pixels` (never enlarged), upright, in sRGB
+  // and without metadata, for Saved and Avif; false when it cannot be, and
+  // why() tells why. The first call decodes the source, at the least scale
+  // that serves. With `keep` the scaled picture is held in memory, so that it
+  // is decoded once when saved twice (as itself and as AVIF), and later calls,
+  // for sizes no larger, scale that down instead: decoding a camera JPEG
+  // costs more than all the rest, at any scale.
+  bool Scale(int pixels, bool keep);
+
+  // The picture the last Scale made, saved in its own format (JPEG for TIFF,
+  // BMP, HEIF and JPEG XL); nothing, with why() set, when it cannot be.
+  std::optional<std::string> Saved();
+
+  // The same pixels as an AVIF of 8 bits, compressed by AV1, without
+  // metadata: what Saved writes, on white where that is a JPEG; nothing, with
+  // why() set, when it cannot be.
+  std::optional<std::string> Avif();
 
  private:
   vips::VImage Decode(int pixels) const;
-  std::optional<std::string> Save(const vips::VImage& image, bool jpeg) const;
+  bool AsJpeg() const;
   // Always false, for Open to return: the picture is cut or else damaged.
   bool Damaged(PictureKind kind, std::string said);
 
   std::string path_;
   int fd_ = -1;
   std::optional<vips::VSource> source_;
-  std::optional<vips::VImage> decoded_;
+  std::optional<vips::VImage> decoded_;  // the first scaled picture, when kept
+  std::optional<vips::VImage> scaled_;   // the last
   PictureKind kind_ = PictureKind::kJpeg;
   bool to_srgb_ = false;
   int64_t width_ = 0, height_ = 0, bands_ = 0, band_bytes_ = 0, whole_factor_ = 1;

@@ -13,7 +13,7 @@ namespace {
 using What = Reason::What;
 
 // Written into records on disk: a key may be added, never changed.
-constexpr std::array<std::pair<What, std::string_view>, 13> kKeys = {{
+constexpr std::array<std::pair<What, std::string_view>, 14> kKeys = {{
     {What::kCut, "cut"},
     {What::kDamaged, "damaged"},
     {What::kUnknownFormat, "unknown-format"},
@@ -27,6 +27,7 @@ constexpr std::array<std::pair<What, std::string_view>, 13> kKeys = {{
     {What::kDiskFull, "disk-full"},
     {What::kFolderMissing, "folder-missing"},
     {What::kWriteFailed, "write-failed"},
+    {What::kAvifFailed, "avif-failed"},
 }};
 
 }  // namespace

@@ -21,6 +21,7 @@ struct Reason {
     kTooLarge,       // more pixels than may be decoded safely; `detail` is "WIDTHxHEIGHT"
     kScaleFailed,    // scaled, but the saved bytes were refused
     kNoScaler,       // libvips could not be started
+    kAvifFailed,     // scaled, but the AVIF beside it could not be encoded
     // Nothing could be written.
     kSourceMissing,     // the source is gone
     kSourceUnreadable,  // the source is there but cannot be read

@@ -5,6 +5,8 @@
 #include <memory>
 #include <vips/vips8>
 
+#include "metadata/picture_kind.h"
+
 namespace vf {
 namespace {
 
@@ -13,21 +15,6 @@ using What = Reason::What;
 
 constexpr int kQuality = 90;
 constexpr int64_t kMostPixels = 100'000'000;
-
-// True when the ISO file type box at the start names one of `brands`, as its
-// major brand or a compatible one.
-bool HasBrand(std::string_view start, std::initializer_list<std::string_view> brands) {
-  uint32_t box = 0;
-  for (size_t i = 0; i < 4; ++i) box = box << 8 | static_cast<unsigned char>(start[i]);
-  const size_t end = std::min<size_t>(start.size(), box);
-  for (size_t at = 8; at + 4 <= end; at += 4) {
-    if (at == 12) continue;  // the minor version
-    for (std::string_view brand : brands) {
-      if (start.substr(at, 4) == brand) return true;
-    }
-  }
-  return false;
-}
 
 std::string_view LoaderOf(RewriteKind kind) {
   switch (kind) {
@@ -86,14 +73,10 @@ std::optional<RewriteKind> RewriteKindOfStart(std::string_view start) {
   for (std::string_view tiff : {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv}) {
     if (start.starts_with(tiff)) return RewriteKind::kTiff;
   }
-  if (start.starts_with("\xFF\x0A"sv) || start.starts_with("\0\0\0\x0CJXL \r\n\x87\n"sv)) {
-    return RewriteKind::kJxl;
-  }
-  if (start.size() < 16 || start.substr(4, 4) != "ftyp") return std::nullopt;
-  if (HasBrand(start, {"avif", "avis"})) return RewriteKind::kAvif;
-  if (HasBrand(start, {"heic", "heix", "heim", "heis", "hevc", "hevx", "mif1", "msf1"})) {
-    return RewriteKind::kHeic;
-  }
+  const std::optional<PictureKind> kind = KindOfStart(start);
+  if (kind == PictureKind::kJxl) return RewriteKind::kJxl;
+  if (kind == PictureKind::kHeif)
+    return AnnouncesAvif(start) ? RewriteKind::kAvif : RewriteKind::kHeic;
   return std::nullopt;
 }
 

@@ -50,4 +50,10 @@ std::string IndexLinkFromAlbum(bool capitals) { return "../" + IndexPageName(cap
 
 std::string SizeFolderName(std::string_view size, bool capitals) { return InCase(size, capitals); }
 
+std::string AvifName(std::string_view copy_name) {
+  const bool capitals =
+      std::none_of(copy_name.begin(), copy_name.end(), [](char c) { return c >= 'a' && c <= 'z'; });
+  return std::string(copy_name.substr(0, copy_name.find('.'))) + (capitals ? ".AVIF" : ".avif");
+}
+
 }  // namespace vf

@@ -37,6 +37,12 @@ std::string IndexLinkFromAlbum(bool capitals);
 // The subfolder of an album folder that holds the pictures of one web size,
 // named as the sizes file names it ("mini" is "MINI" in capitals).
 std::string SizeFolderName(std::string_view size, bool capitals);
+// The AVIF that stands beside the derived picture of the copy `copy_name` in
+// a size folder: the copy's name up to its first dot, then ".avif", or
+// ".AVIF" when the copy's name holds no small letter ("img_001.eic" gives
+// "img_001.avif", "IMG_001.JPG" gives "IMG_001.AVIF"). A copy named so
+// already, in any case, gets no AVIF: its derived picture holds the name.
+std::string AvifName(std::string_view copy_name);
 
 }  // namespace vf
 

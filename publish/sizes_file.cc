@@ -13,8 +13,9 @@ constexpr int kMaxPixels = 20000;
 constexpr size_t kMaxNameCharacters = 64;
 constexpr size_t kShownLineCharacters = 80;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-// The word of the setting line, which no size may take as its folder.
+// The words of the setting lines, which no size may take as its folder.
 constexpr std::string_view kMetadataWord = "metadati";
+constexpr std::string_view kAvifWord = "avif";
 constexpr std::string_view kTitleWord = "titolo";
 
 // True when the text is well-formed UTF-8: every sequence whole, shortest,
@@ -89,7 +90,7 @@ SizesFile ParseSizesFile(const std::string& text) {
   // An editor may begin a UTF-8 file with its byte order mark.
   std::istringstream lines(text.starts_with(kByteOrderMark) ? text.substr(3) : text);
   int number = 0;
-  bool metadata_said = false, title_said = false;
+  bool metadata_said = false, avif_said = false, title_said = false;
   for (std::string line; std::getline(lines, line);) {
     ++number;
     if (!line.empty() && line.back() == '\r') line.pop_back();
@@ -108,6 +109,15 @@ SizesFile ParseSizesFile(const std::string& text) {
         continue;
       }
     }
+    if (EqualIgnoringCase(name, kAvifWord)) {
+      good =
+          good && !avif_said && (EqualIgnoringCase(value, "si") || EqualIgnoringCase(value, "no"));
+      if (good) {
+        avif_said = true;
+        out.avif = EqualIgnoringCase(value, "si");
+        continue;
+      }
+    }
     if (EqualIgnoringCase(name, kTitleWord)) {
       // The title is the rest of the line, blanks inside it kept.
       const size_t start =
@@ -121,8 +131,8 @@ SizesFile ParseSizesFile(const std::string& text) {
       good = false;
     }
     int pixels = 0;
-    good = good && !EqualIgnoringCase(name, kMetadataWord) && WholeNumber(value, &pixels) &&
-           FolderName(name);
+    good = good && !EqualIgnoringCase(name, kMetadataWord) && !EqualIgnoringCase(name, kAvifWord) &&
+           WholeNumber(value, &pixels) && FolderName(name);
     for (const DerivedSize& earlier : out.sizes) {
       if (EqualIgnoringCase(earlier.folder, name)) good = false;
     }

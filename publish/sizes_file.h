@@ -17,6 +17,9 @@ struct SizesFile {
   // byte for byte as their sources, metadata and all. The default,
   // "metadati togli", cleans them.
   bool keep_metadata = false;
+  // The setting "avif no": no derived picture gets an AVIF beside it. The
+  // default, "avif si", writes one beside each (publish/derived_pictures.h).
+  bool avif = true;
   // The setting "titolo Vacanze in Liguria": the site's title, as written
   // (UTF-8, inner blanks kept); empty when the file gives none.
   std::string title;
@@ -32,9 +35,10 @@ struct SizesFile {
 
 // Reads the file's text, UTF-8 with or without a byte order mark, CR LF or
 // LF lines. A setting line is a reserved word and its value: "metadati
-// tieni" or "metadati togli" (either word in any case), or "titolo" and
-// the rest of the line; a second line of the same setting, or one with a
-// value it cannot have, is bad. A line is bad when it is not
+// tieni" or "metadati togli", "avif si" or "avif no" (either word in any
+// case), or "titolo" and the rest of the line; a second line of the same
+// setting, or one with a value it cannot have, is bad, and no size line may
+// take a reserved word as its folder. A line is bad when it is not
 // well-formed UTF-8, and a size line when it does not
 // hold exactly a name and a whole number from 1 to 20000, when the name
 // could lead out of the album folder, is no Windows name or is longer than

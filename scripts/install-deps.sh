@@ -14,7 +14,9 @@
 #   browser check: chromium, python3, default-jre-headless (java, for the Nu HTML
 #          checker); nodejs and npm, which install axe-core and the checker from
 #          scripts/package.json, when the machine has no npm of its own
-#   benchmarks: libvips-tools (vipsthumbnail)
+#   benchmarks: libvips-tools (vipsthumbnail), butteraugli (bench/avif_quality.sh
+#          sets the AVIF's distance from its picture against the JPEG's)
+#   tests: libjxl-tools (cjxl, which makes a JPEG XL animation to derive)
 #   metadata: libimage-exiftool-perl (exiftool, with which the tests tag
 #          pictures and read what their published copies still carry)
 #   Debian package (cpack -G DEB): dpkg-dev (dpkg-shlibdeps), file
@@ -22,7 +24,7 @@ set -euo pipefail
 packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-qpa-plugins libgl-dev libvips-dev
   libgtest-dev libgmock-dev qt6-translations-l10n clang libclang-rt-14-dev xvfb xauth x11-utils chromium
   imagemagick fonts-dejavu-core python3 file dpkg-dev libvips-tools libimage-exiftool-perl
-  default-jre-headless)
+  default-jre-headless butteraugli libjxl-tools)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -11,6 +11,7 @@
 #include "publish/derive_plan.h"
 #include "publish/derive_pool.h"
 #include "publish/derived_record.h"
+#include "publish/site_names.h"
 #include "tests/support/memory_site_disk.h"
 
 namespace vf {
@@ -38,6 +39,15 @@ struct Site {
     }
   }
   std::string Derived(const std::string& folder) const { return In(folder + "/img_001.jpg"); }
+  std::string Avif(const std::string& folder) const { return In(folder + "/img_001.avif"); }
+  // The AVIF beside each derived picture, as a pass with AVIF wrote it.
+  void WithAvif() {
+    for (size_t s = 0; s < sizes.size(); ++s) {
+      disk.PutFile(Avif(sizes[s].folder), std::string(20 + s, 'a'), 800 + s);
+      record.Put({sizes[s].folder, sizes[s].pixels, "img_001.jpg", SourceKey("/src/a.jpg"), 6, 500,
+                  int64_t(20 + s), int64_t(800 + s), std::nullopt, true});
+    }
+  }
 
   test::MemorySiteDisk disk;
   DerivedRecord record;
@@ -46,11 +56,15 @@ struct Site {
   CopyRecord copy = {"/src/A.jpg", In("img_001.jpg")};
   bool capitals = false;
   bool write_record = true;
+  bool avif = false;  // the pass makes AVIF
 };
 
-// What planning the copy did, with the album's path left out of the paths.
+// What planning the copy did, with the album's path left out of the paths;
+// `kept` holds the AVIF pictures the record vouches for by their names.
 struct Planned {
   Names to_make = {}, failed = {}, plain = {}, changes = {}, kept = {}, harmless = {};
+  Names avif_to_make = {};
+  bool avif = false;
 
   bool operator==(const Planned&) const = default;
 };
@@ -63,7 +77,7 @@ std::ostream& operator<<(std::ostream& out, const Names& names) {
 std::ostream& operator<<(std::ostream& out, const Planned& p) {
   return out << "\n  to_make " << p.to_make << "\n  failed " << p.failed << "\n  plain " << p.plain
              << "\n  changes " << p.changes << "\n  kept " << p.kept << "\n  harmless "
-             << p.harmless;
+             << p.harmless << "\n  avif_to_make " << p.avif_to_make << "\n  avif " << p.avif;
 }
 
 std::string Short(std::string text) {
@@ -89,11 +103,13 @@ Planned Plan(Site& site) {
   }
   AlbumFolder album = OpenAlbumFolder(site.disk, kAlbum, site.sizes, site.capitals);
   const std::string name = site.copy.copy.substr(site.copy.copy.rfind('/') + 1);
-  CopyPlan plan = PlanCopy(site.disk, &album, site.copy, name, site.sizes);
+  CopyPlan plan = PlanCopy(site.disk, &album, site.copy, name, site.sizes, site.avif);
   WriteRecordIfChanged(site.disk, &album);
   EXPECT_EQ(plan.name, name);
   Planned planned;
   for (size_t s : plan.to_make) planned.to_make.push_back(site.sizes[s].folder);
+  for (size_t s : plan.avif_to_make) planned.avif_to_make.push_back(site.sizes[s].folder);
+  planned.avif = plan.avif;
   planned.failed = Told(plan.failed);
   planned.plain = Told(plan.plain);
   for (const std::string& change : site.disk.changes()) planned.changes.push_back(Short(change));
@@ -104,6 +120,9 @@ Planned Plan(Site& site) {
   for (const std::string& folder : album.folders) {
     if (const DerivedEntry* entry = written.Find(folder, name)) {
       planned.kept.push_back(entry->folder + "/" + entry->copy_name);
+    }
+    if (const DerivedEntry* entry = written.Find(folder, name, true)) {
+      planned.kept.push_back(entry->folder + "/" + AvifName(entry->copy_name));
     }
   }
   for (const DiskResult& failure : album.harmless_failures) {
@@ -176,7 +195,7 @@ TEST(DerivePlanTest, OnlyWhatChangedIsMadeAgainAndItsEntryForgottenFirst) {
       {"an older record",
        [](Site& s) {
          s.write_record = false;
-         s.disk.PutFile(In(".derivate"), "vetrina-derivate 2" + s.record.Text().substr(18), 1);
+         s.disk.PutFile(In(".derivate"), "vetrina-derivate 4" + s.record.Text().substr(18), 1);
        },
        {.to_make = {"mini", "web"}}},
       {"a plain copy kept",
@@ -186,6 +205,101 @@ TEST(DerivePlanTest, OnlyWhatChangedIsMadeAgainAndItsEntryForgottenFirst) {
          s.record.Put(entry);
        },
        {.plain = {"web/img_001.jpg: too-large 60000x60000"}, .kept = kBoth}},
+  });
+}
+
+TEST(DerivePlanTest, AnAvifIsKeptMadeOrLeftByItsOwnEntry) {
+  const Names all = {"mini/img_001.jpg", "mini/img_001.avif", "web/img_001.jpg",
+                     "web/img_001.avif"};
+  auto on = [](std::function<void(Site&)> change) {
+    return [change](Site& s) {
+      s.avif = true;
+      change(s);
+    };
+  };
+  auto with_avif = [](std::function<void(Site&)> change) {
+    return [change](Site& s) {
+      s.WithAvif();
+      change(s);
+    };
+  };
+  auto nothing = [](Site&) {};
+  ExpectPlans({
+      {"kept with its picture", on(with_avif(nothing)), {.kept = all, .avif = true}},
+      {"turned on: the AVIF pictures alone",
+       on(nothing),
+       {.kept = kBoth, .avif_to_make = {"mini", "web"}, .avif = true}},
+      {"turned off: nothing made, nothing forgotten", with_avif(nothing), {.kept = all}},
+      {"an AVIF touched",
+       on(with_avif([](Site& s) { s.disk.Find(s.Avif("web"))->mtime_ns += 1; })),
+       {.changes = kRecordWritten,
+        .kept = {"mini/img_001.jpg", "mini/img_001.avif", "web/img_001.jpg"},
+        .avif_to_make = {"web"},
+        .avif = true}},
+      {"an AVIF gone",
+       on(with_avif([](Site& s) { s.disk.Drop(s.Avif("mini")); })),
+       {.changes = kRecordWritten,
+        .kept = {"mini/img_001.jpg", "web/img_001.jpg", "web/img_001.avif"},
+        .avif_to_make = {"mini"},
+        .avif = true}},
+      {"an AVIF of other pixels",
+       on(with_avif([](Site& s) {
+         DerivedEntry entry = *s.record.Find("mini", "img_001.jpg", true);
+         entry.pixels = 99;
+         s.record.Put(entry);
+       })),
+       {.changes = kRecordWritten,
+        .kept = {"mini/img_001.jpg", "web/img_001.jpg", "web/img_001.avif"},
+        .avif_to_make = {"mini"},
+        .avif = true}},
+      {"the source touched: both made, both forgotten",
+       on(with_avif([](Site& s) { s.disk.Find("/src/A.jpg")->mtime_ns += 1; })),
+       {.to_make = {"mini", "web"}, .changes = kRecordWritten, .avif = true}},
+      {"the source touched, AVIF off: its entries forgotten all the same",
+       with_avif([](Site& s) { s.disk.Find("/src/A.jpg")->mtime_ns += 1; }),
+       {.to_make = {"mini", "web"}, .changes = kRecordWritten}},
+      {"a picture made again keeps no AVIF entry",
+       on(with_avif([](Site& s) { s.disk.Drop(s.Derived("web")); })),
+       {.to_make = {"web"},
+        .changes = kRecordWritten,
+        .kept = {"mini/img_001.jpg", "mini/img_001.avif"},
+        .avif = true}},
+      {"a plain copy gets none",
+       on([](Site& s) {
+         DerivedEntry entry = *s.record.Find("web", "img_001.jpg");
+         entry.plain = Reason{What::kCut, false, ""};
+         s.record.Put(entry);
+       }),
+       {.plain = {"web/img_001.jpg: cut"}, .kept = kBoth, .avif_to_make = {"mini"}, .avif = true}},
+      {"names in capitals: both renamed",
+       on(with_avif([](Site& s) { s.copy.copy = In("IMG_001.JPG"); })),
+       {.changes = {"rename mini/img_001.jpg > mini/IMG_001.JPG",
+                    "rename mini/img_001.avif > mini/IMG_001.AVIF",
+                    "rename web/img_001.jpg > web/IMG_001.JPG",
+                    "rename web/img_001.avif > web/IMG_001.AVIF", "write .derivate"},
+        .kept = {"mini/IMG_001.JPG", "mini/IMG_001.AVIF", "web/IMG_001.JPG", "web/IMG_001.AVIF"},
+        .avif = true}},
+      {"an AVIF that cannot be renamed is made again",
+       on(with_avif([](Site& s) {
+         s.copy.copy = In("IMG_001.JPG");
+         s.disk.Fail("rename", s.Avif("web"), EACCES);
+       })),
+       {.changes = {"rename mini/img_001.jpg > mini/IMG_001.JPG",
+                    "rename mini/img_001.avif > mini/IMG_001.AVIF",
+                    "rename web/img_001.jpg > web/IMG_001.JPG", "write .derivate"},
+        .kept = {"mini/IMG_001.JPG", "mini/IMG_001.AVIF", "web/IMG_001.JPG"},
+        .harmless = {"web/img_001.avif " + std::to_string(EACCES)},
+        .avif_to_make = {"web"},
+        .avif = true}},
+      {"a copy named as its AVIF gets none",
+       on([](Site& s) { s.copy.copy = In("img_001.Avif"); }),
+       {.to_make = {"mini", "web"}}},
+      {"an older record: all made again",
+       on(with_avif([](Site& s) {
+         s.write_record = false;
+         s.disk.PutFile(In(".derivate"), "vetrina-derivate 4" + s.record.Text().substr(18), 1);
+       })),
+       {.to_make = {"mini", "web"}, .avif = true}},
   });
 }
 
@@ -274,7 +388,7 @@ TEST(DerivePlanTest, ARecordThatCannotBeWrittenIsKeptWithItsCause) {
     site.disk.Find("/src/A.jpg")->mtime_ns += 1;
     site.disk.Fail("write", kAlbum, error);
     AlbumFolder album = OpenAlbumFolder(site.disk, kAlbum, site.sizes, false);
-    PlanCopy(site.disk, &album, site.copy, "img_001.jpg", site.sizes);
+    PlanCopy(site.disk, &album, site.copy, "img_001.jpg", site.sizes, false);
     ASSERT_TRUE(album.dirty);
     WriteRecordIfChanged(site.disk, &album);
     ASSERT_TRUE(album.record_failure.has_value()) << error;

@@ -16,6 +16,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <optional>
 #include <thread>
@@ -64,21 +65,47 @@ TEST(SitePublishingTest, TheBuildsAlbumCopiesGetSizesAndEachPhotoIsNamedOncePerC
   ASSERT_EQ(site.copies.size(), 5u);
   EXPECT_EQ(site.copies[3].source + site.copies[3].copy,
             "C:\\Foto\\testo.jpgC:\\Sito\\DIR_0001\\IMG_002.JPG");
-  for (const bool sizes : {false, true}) {
-    if (sizes) tree.Write("PROG/DIMENSIONI.TXT", "mini 20\r\nweb 30\r\n");
+  const std::string plain =
+      "MSG: Immagini non riducibili, copiate come sono:\rC:\\Foto\\testo.jpg - non è un'immagine";
+  const Names pictures = {"Altro/web/foto.jpg", "dir_0001/web/img_001.jpg",
+                          "dir_0001/web/img_002.jpg", "dir_0002/web/IMG_009.JPG"};
+  const Names with_avif = {"Altro/web/foto.avif",       "Altro/web/foto.jpg",
+                           "dir_0001/web/img_001.avif", "dir_0001/web/img_001.jpg",
+                           "dir_0001/web/img_002.jpg",  "dir_0002/web/IMG_009.AVIF",
+                           "dir_0002/web/IMG_009.JPG"};
+  // The sizes file, then what a round finds before its build, what the
+  // build tells and which files the web size holds after it.
+  const struct {
+    std::string sizes;
+    std::function<void()> before;
+    Names told, web;
+  } rounds[] = {
+      // Without the sizes file nothing is made and nothing told.
+      {"", [] {}, {}, {}},
+      {"avif no\r\nmini 20\r\nweb 30\r\n", [] {}, {plain}, pictures},
+      // AVIF is the default; a folder where an AVIF goes keeps it out, and
+      // the photo is named.
+      {"mini 20\r\nweb 30\r\n",
+       [&] { tree.MakeFolder("Sito/Altro/web/foto.avif"); },
+       {plain,
+        "MSG: Immagini senza versione AVIF (le pagine mostrano la JPEG):\rC:\\Foto\\a.jpg - "
+        "scrittura non riuscita"},
+       Names(with_avif.begin() + 1, with_avif.end())},
+      {"mini 20\r\nweb 30\r\n",
+       [&] { fs::remove(tree.Path("Sito/Altro/web/foto.avif")); },
+       {plain},
+       with_avif},
+  };
+  for (const auto& round : rounds) {
+    if (!round.sizes.empty()) tree.Write("PROG/DIMENSIONI.TXT", round.sizes);
+    round.before();
     publishing.Publish(site);
-    // Without the sizes file nothing is made and nothing told.
-    EXPECT_EQ(ui.events, sizes
-                             ? Names{"MSG: Immagini non riducibili, copiate come sono:\rC:\\Foto\\"
-                                     "testo.jpg - non è un'immagine"}
-                             : Names{});
+    EXPECT_EQ(ui.events, round.told) << round.sizes;
     Names web;
     for (const std::string& path : tree.Tree("Sito")) {
       if (path.find("/web/") != std::string::npos && path.back() != '/') web.push_back(path);
     }
-    EXPECT_EQ(web, sizes ? (Names{"Altro/web/foto.jpg", "dir_0001/web/img_001.jpg",
-                                  "dir_0001/web/img_002.jpg", "dir_0002/web/IMG_009.JPG"})
-                         : Names{});
+    EXPECT_EQ(web, round.web) << round.sizes;
     ui.events.clear();
   }
   EXPECT_EQ(BadLinesMessage(ParseSizesFile("a 1\nb\n")),

@@ -545,22 +545,32 @@ TEST(DerivedRecordTest, TextKeepsAnyNameAndDropsWhatItCannotRead) {
     Names fields = good;
     fields[field] = value;
     if (value == "(none)") fields.erase(fields.begin() + field);
-    std::string text = "vetrina-derivate 4\n" + fields[0];
+    std::string text = "vetrina-derivate 5\n" + fields[0];
     for (size_t i = 1; i < fields.size(); ++i) text += "\t" + fields[i];
     return text + "\n";
   };
   EXPECT_EQ(DerivedRecord::Parse(line(0, "web")).size(), 1u);
   EXPECT_EQ(DerivedRecord::Parse(line(9, "too-large 1x2")).size(), 1u);
-  EXPECT_EQ(DerivedRecord::Parse("vetrina-derivate 4\nweb\t1\ta.jpg\t/a\t1\t2\t3\t4\ts\t\n").size(),
-            1u);
-  for (const char* older : {"vetrina-derivate 1", "vetrina-derivate 2", "vetrina-derivate 3"}) {
+  // A scaled picture and the AVIF beside it are two entries of one name.
+  const DerivedRecord both = DerivedRecord::Parse(
+      "vetrina-derivate 5\n"
+      "web\t1\ta.jpg\t/a\t1\t2\t3\t4\ts\t\n"
+      "WEB\t1\tA.JPG\t/a\t1\t2\t5\t6\ta\t\n");
+  ASSERT_EQ(both.size(), 2u);
+  const DerivedEntry* avif = both.Find("web", "a.jpg", true);
+  ASSERT_NE(avif, nullptr);
+  EXPECT_EQ(std::tuple(avif->avif, avif->made_bytes, both.Find("web", "a.jpg")->made_bytes),
+            std::tuple(true, 5, 3));
+  EXPECT_EQ(DerivedRecord::Parse(both.Text()).Text(), both.Text());
+  for (const char* older :
+       {"vetrina-derivate 1", "vetrina-derivate 2", "vetrina-derivate 3", "vetrina-derivate 4"}) {
     EXPECT_EQ(DerivedRecord::Parse(older + line(0, "web").substr(18)).size(), 0u) << older;
   }
   const std::pair<size_t, std::string> spoilt[] = {
-      {9, "(none)"}, {9, "cut\textra"}, {1, "molti"}, {4, "1x"},       {5, ""},
-      {6, "-"},      {7, "4.5"},        {0, "w\\q"},  {2, "d\\q"},     {3, "\\"},
-      {9, "a\\"},    {2, "../e.jpg"},   {0, ""},      {2, "a/b"},      {8, "x"},
-      {8, ""},       {9, ""},           {9, "Cut"},   {9, "troncato"}, {8, "s"}};
+      {9, "(none)"},   {9, "cut\textra"}, {1, "molti"}, {4, "1x"}, {5, ""},    {6, "-"},
+      {7, "4.5"},      {0, "w\\q"},       {2, "d\\q"},  {3, "\\"}, {9, "a\\"}, {2, "../e.jpg"},
+      {0, ""},         {2, "a/b"},        {8, "x"},     {8, ""},   {9, ""},    {9, "Cut"},
+      {9, "troncato"}, {8, "s"},          {8, "a"},     {8, "A"}};
   for (const auto& [field, value] : spoilt) {
     EXPECT_EQ(DerivedRecord::Parse(line(field, value)).size(), 0u) << field << " " << value;
   }
@@ -582,6 +592,7 @@ TEST(ReasonTest, EachReasonHasItsWordsAndGoesThroughTheRecordAsIs) {
       {What::kDiskFull, "disco pieno"},
       {What::kFolderMissing, "cartella mancante"},
       {What::kWriteFailed, "scrittura non riuscita"},
+      {What::kAvifFailed, "codifica AVIF non riuscita"},
   };
   std::set<std::string_view> keys;
   for (const auto& [what, expected] : words) {

@@ -71,7 +71,14 @@ TEST(Text, SiteNamesInEitherCaseKeepTheLastDigits) {
       {MenuLinkFromAlbum(9, false), "../dir_0009/menu.htm"},
       {IndexLinkFromAlbum(true) + IndexLinkFromAlbum(false), "../INDEX.HTM../index.htm"},
       {SizeFolderName("Mini", true) + SizeFolderName("WEB", false), "MINIweb"},
-      {CopyExtension("C:\\F\\a.jpeg") + CopyExtension("ab") + CopyExtension(""), "pegab"}};
+      {CopyExtension("C:\\F\\a.jpeg") + CopyExtension("ab") + CopyExtension(""), "pegab"},
+      // The AVIF beside a derived picture: the copy's name to its first dot,
+      // in the case of the copy's name.
+      {AvifName("img_001.eic"), "img_001.avif"},
+      {AvifName("IMG_001.JPG"), "IMG_001.AVIF"},
+      {AvifName("IMG_002.vif"), "IMG_002.avif"},
+      {AvifName("img_003..jp"), "img_003.avif"},
+      {AvifName("img_004.") + " " + AvifName("IMG_005"), "img_004.avif IMG_005.AVIF"}};
   for (const auto& [made, expected] : names) EXPECT_EQ(made, expected);
 }
 
@@ -135,6 +142,7 @@ TEST(Text, TheSettingsAreSaidOnceAndTheFileIsUtf8) {
     size_t sizes;
     std::string bad;
     std::string title = "";
+    bool avif = true;
   };
   const Row rows[] = {
       {"mini 480\n", false, 1, ""},
@@ -152,12 +160,21 @@ TEST(Text, TheSettingsAreSaidOnceAndTheFileIsUtf8) {
        false, 1,
        "riga 1: a\xC0\x80 1\rriga 2: b\xF4\x90\x80\x80 1\rriga 3: c\xE2\x82 1\rriga 5: "
        "e\xE0\x80\x80 1"},
+      // AVIF beside the web sizes: "si" or "no", said once; "avif" names no size.
+      {"avif no\r\nmini 480\r\n", false, 1, "", "", false},
+      {"AVIF Si\nAvif NO\n", false, 0, "riga 2: Avif NO"},
+      {"avif NO\navif si\n", false, 0, "riga 2: avif si", "", false},
+      {"avif\navif s\xC3\xAC\navif 480\navif no grazie\navif sì no\n", false, 0,
+       "riga 1: avif\rriga 2: avif s\xC3\xAC\rriga 3: avif 480\rriga 4: avif no grazie\rriga 5: "
+       "avif sì no"},
+      {"Avif 480\nmetadati tieni\navif no\n", true, 0, "riga 1: Avif 480", "", false},
   };
   for (const Row& row : rows) {
     const SizesFile f = ParseSizesFile(row.text);
     EXPECT_EQ(f.keep_metadata, row.keep) << row.text;
     EXPECT_EQ(f.sizes.size(), row.sizes) << row.text;
     EXPECT_EQ(f.title, row.title) << row.text;
+    EXPECT_EQ(f.avif, row.avif) << row.text;
     EXPECT_EQ(BadLinesMessage(f), row.bad.empty() ? "" : Lines({}) + "\r" + row.bad) << row.text;
   }
 }
