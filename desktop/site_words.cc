@@ -46,6 +46,7 @@ SiteWords WordsOfSite(const BuiltSite& site, HostFileSystem& fs, const SizesFile
   SiteWords words;
   words.sizes = sizes.sizes;
   words.capitals = site.capitals;
+  words.avif = sizes.avif;
   std::set<int64_t> albums;
   std::optional<std::vector<std::string>> common;
   for (const AlbumCopy& c : site.copies) {

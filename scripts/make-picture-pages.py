@@ -81,6 +81,7 @@ main{{padding:2px 8px 12px}}
 <main>
 <div class="photo">
 <picture>
+<source data-vf="avif" type="image/avif" srcset="mini/img_{nnn}.avif 480w, web/img_{nnn}.avif 1600w" sizes="(min-width:1232px) 1200px, calc(100vw - 32px)">
 <source srcset="mini/img_{nnn}.jpg 480w,
 web/img_{nnn}.jpg 1600w"
 sizes="(min-width:1232px) 1200px, calc(100vw - 32px)">

@@ -65,7 +65,7 @@ std::vector<Place> PlacesOf(const std::vector<std::string>& lines,
       }
       Place p{line.substr(open + 1, line.find_first_of(" >", open) - open - 1),
               line.substr(at + attribute.size(), quote - at - attribute.size()), ""};
-      if (p.tag != "img") {
+      if (p.tag != "img" && p.tag != "source") {
         const size_t end = line.find("</" + p.tag + ">", close);
         const size_t inner = line.find("<" + p.tag, close);
         if (end == std::string::npos || inner < end) {
@@ -86,7 +86,10 @@ TEST(TemplatePlaces, WhereThePassFindsThem) {
   std::vector<Place> menu = {{"title", "album", "menu immagini - pag.1"},
                              {"a", "sito", "Vetrina Foto"},
                              {"p", "album", ""}};
-  menu.insert(menu.end(), 9, {"img", "foto", ""});
+  for (int i = 1; i <= 9; ++i) {
+    menu.push_back({"source", "avif", ""});
+    menu.push_back({"img", "foto", ""});
+  }
   std::vector<std::pair<std::string, std::vector<Place>>> files = {
       {"INTESTAZ.HTM", index_head},
       // Both check boxes ticked: the head without the site's heading.
@@ -100,6 +103,7 @@ TEST(TemplatePlaces, WhereThePassFindsThem) {
                      {{"title", "titolo", foto},
                       {"a", "sito", "Vetrina Foto"},
                       {"h1", "titolo", foto},
+                      {"source", "avif", ""},
                       {"img", "foto", ""},
                       {"p", "didascalia", ""},
                       {"time", "data", ""}}});
