@@ -98,13 +98,14 @@ class DevTools:
         shutil.rmtree(self.profile, ignore_errors=True)
 
 
-def evaluate_pages(work, urls, scripts, viewport=None):
+def evaluate_pages(work, urls, scripts, viewport=None, ax_names=False):
     """Loads each url of the dict urls (by page) in a new tab and evaluates the
     scripts in it in order, each a JavaScript expression whose value, or the
     value of the promise it gives, is taken as JSON. Returns a dict by page of
     the list of values, or None for a page that did not load or whose script
     failed. viewport is (width, height, mobile) for the tab, else the
-    browser's own."""
+    browser's own. With ax_names the list ends with the names of the nodes of
+    the page's accessibility tree, what a screen reader is given."""
     out = {}
     browser = None
     try:
@@ -132,6 +133,9 @@ def evaluate_pages(work, urls, scripts, viewport=None):
                         raise RuntimeError("script failed: %s" % result["exceptionDetails"].get(
                             "exception", {}).get("description", "?"))
                     values.append(result["result"].get("value"))
+                if ax_names:
+                    tree = browser.call("Accessibility.getFullAXTree", deadline, session)
+                    values.append([n.get("name", {}).get("value", "") for n in tree["nodes"]])
                 ran = [m for s, m in browser.dialogs if s == session]
                 if ran:
                     raise RuntimeError("a script of the page opened a dialog: " + ran[0])
