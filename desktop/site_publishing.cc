@@ -9,9 +9,9 @@
 #include "desktop/reason_words.h"
 #include "desktop/site_words.h"
 #include "desktop/user_area.h"
+#include "pages/picture_header.h"
 #include "publish/clean_copies.h"
 #include "publish/host_site_disk.h"
-#include "publish/picture_header.h"
 
 namespace vf {
 namespace {

@@ -3,9 +3,9 @@
 
 #include <string>
 
+#include "pages/page_words.h"
 #include "platform/host_file_system.h"
 #include "publish/hand_over.h"
-#include "publish/page_words.h"
 #include "publish/sizes_file.h"
 
 namespace vf {

@@ -1,4 +1,4 @@
-#include "publish/page_places.h"
+#include "pages/page_places.h"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "publish/html_text.h"
-#include "publish/italian_date.h"
+#include "pages/html_text.h"
+#include "pages/italian_date.h"
 
 namespace vf {
 namespace {

@@ -4,7 +4,7 @@
 #include <map>
 
 #include "desktop/site_words.h"
-#include "publish/page_words.h"
+#include "pages/page_words.h"
 #include "tests/support/banco.h"
 #include "tests/support/memory_site_disk.h"
 #include "tests/support/tiff_builder.h"

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "metadata/photo_words.h"
-#include "publish/html_text.h"
+#include "pages/html_text.h"
 #include "tests/fuzz/fuzz_support.h"
 
 namespace {

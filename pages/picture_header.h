@@ -1,10 +1,10 @@
-#ifndef VF_PUBLISH_PICTURE_HEADER_H_
-#define VF_PUBLISH_PICTURE_HEADER_H_
+#ifndef VF_PAGES_PICTURE_HEADER_H_
+#define VF_PAGES_PICTURE_HEADER_H_
 
 #include <optional>
 #include <string>
 
-#include "publish/page_words.h"
+#include "pages/page_words.h"
 
 namespace vf {
 
@@ -24,4 +24,4 @@ void EndPictureHeaderThread();
 
 }  // namespace vf
 
-#endif  // VF_PUBLISH_PICTURE_HEADER_H_
+#endif  // VF_PAGES_PICTURE_HEADER_H_

@@ -1,5 +1,5 @@
-#ifndef VF_PUBLISH_PAGE_PLACES_H_
-#define VF_PUBLISH_PAGE_PLACES_H_
+#ifndef VF_PAGES_PAGE_PLACES_H_
+#define VF_PAGES_PAGE_PLACES_H_
 
 #include <functional>
 #include <string>
@@ -47,4 +47,4 @@ bool FillPlaces(std::string* page, const PlaceTexts& texts);
 
 }  // namespace vf
 
-#endif  // VF_PUBLISH_PAGE_PLACES_H_
+#endif  // VF_PAGES_PAGE_PLACES_H_

@@ -1,4 +1,4 @@
-#include "publish/italian_date.h"
+#include "pages/italian_date.h"
 
 #include <cstdio>
 #include <string_view>

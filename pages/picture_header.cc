@@ -1,4 +1,4 @@
-#include "publish/picture_header.h"
+#include "pages/picture_header.h"
 
 #include <unistd.h>
 

@@ -1,5 +1,5 @@
-#ifndef VF_PUBLISH_HTML_TEXT_H_
-#define VF_PUBLISH_HTML_TEXT_H_
+#ifndef VF_PAGES_HTML_TEXT_H_
+#define VF_PAGES_HTML_TEXT_H_
 
 #include <string>
 #include <string_view>
@@ -31,4 +31,4 @@ std::string FolderList(const std::vector<std::string>& names);
 
 }  // namespace vf
 
-#endif  // VF_PUBLISH_HTML_TEXT_H_
+#endif  // VF_PAGES_HTML_TEXT_H_

@@ -1,5 +1,5 @@
-#ifndef VF_PUBLISH_ITALIAN_DATE_H_
-#define VF_PUBLISH_ITALIAN_DATE_H_
+#ifndef VF_PAGES_ITALIAN_DATE_H_
+#define VF_PAGES_ITALIAN_DATE_H_
 
 #include <string>
 
@@ -28,4 +28,4 @@ std::string SpanInItalian(TakenDate first, TakenDate last);
 
 }  // namespace vf
 
-#endif  // VF_PUBLISH_ITALIAN_DATE_H_
+#endif  // VF_PAGES_ITALIAN_DATE_H_

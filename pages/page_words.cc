@@ -1,15 +1,15 @@
-#include "publish/page_words.h"
+#include "pages/page_words.h"
 
 #include <algorithm>
 #include <map>
 #include <utility>
 
 #include "metadata/photo_words.h"
+#include "pages/html_text.h"
+#include "pages/italian_date.h"
+#include "pages/page_places.h"
 #include "platform/case_fold.h"
 #include "publish/derive_pool.h"
-#include "publish/html_text.h"
-#include "publish/italian_date.h"
-#include "publish/page_places.h"
 #include "publish/site_names.h"
 
 namespace vf {

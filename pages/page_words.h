@@ -1,5 +1,5 @@
-#ifndef VF_PUBLISH_PAGE_WORDS_H_
-#define VF_PUBLISH_PAGE_WORDS_H_
+#ifndef VF_PAGES_PAGE_WORDS_H_
+#define VF_PAGES_PAGE_WORDS_H_
 
 #include <cstdint>
 #include <functional>
@@ -50,7 +50,7 @@ struct PictureHeader {
 // Reads a picture's header; nothing when it is no picture it can read.
 using HeaderReader = std::function<std::optional<PictureHeader>(const std::string& path)>;
 
-// Fills the places of the pages the build just wrote (publish/page_places.h)
+// Fills the places of the pages the build just wrote (pages/page_places.h)
 // with the words of their photos: each picture's description (a sidecar
 // text file of the same name beside the source, found ignoring case, before
 // the picture's own metadata) and date taken; the albums' lines (their
@@ -66,4 +66,4 @@ std::vector<DiskResult> WritePageWords(const SiteWords& site, SiteDisk& disk,
 
 }  // namespace vf
 
-#endif  // VF_PUBLISH_PAGE_WORDS_H_
+#endif  // VF_PAGES_PAGE_WORDS_H_

@@ -1,4 +1,4 @@
-#include "publish/html_text.h"
+#include "pages/html_text.h"
 
 #include <algorithm>
 #include <cstdio>
