@@ -2,6 +2,7 @@
 // "%%" split the input: album size, per row, flags (U capitals, 1 2 check boxes, P paged, Y yes to
 // all) and page name, one a line; MENU.HTM; the picture page; the head and foot; the entries.
 
+#include <filesystem>
 #include <sstream>
 
 #include "commands/creazione_index.h"
@@ -38,7 +39,13 @@ void vf::fuzz::FuzzOne(std::string_view input) {
   f.Check1.Value = flag('1');
   f.Check2.Value = flag('2');
   if (lines[4].size() > 12) lines[4].resize(12);  // more entries only make a longer run
-  for (const std::string& entry : lines[4]) b.fs.AddFile(entry, "picture");
+  for (const std::string& entry : lines[4]) {
+    // An entry below another entry's file cannot be on a disk; the list keeps it all the same.
+    try {
+      b.fs.AddFile(entry, "picture");
+    } catch (const std::filesystem::filesystem_error&) {
+    }
+  }
   b.Aggiungi(lines[4]);
   f.txtNUM_FILE.Text = std::to_string(f.List1.ListCount());
   flag('P') ? Command4_Click(b.v) : Command1_Click(b.v);  // ending the program: a crash
