@@ -17,25 +17,15 @@ bool IsFrame(unsigned char marker) {
 }  // namespace
 
 std::optional<JpegHeader> ReadJpegHeader(std::string_view start) {
-  if (start.size() < 4 || Byte(start, 0) != 0xFF || Byte(start, 1) != 0xD8) return std::nullopt;
   JpegHeader header;
-  bool framed = false;
-  size_t at = 2;
-  while (true) {
-    if (at >= start.size() || Byte(start, at) != 0xFF) return std::nullopt;
-    while (at < start.size() && Byte(start, at) == 0xFF) ++at;  // fill bytes
-    if (at >= start.size()) return std::nullopt;
-    const unsigned char marker = Byte(start, at++);
-    if (marker == 0xDA) return framed ? std::optional<JpegHeader>(header) : std::nullopt;
-    if (marker == 0xD9 || marker == 0x00) return std::nullopt;
-    if ((marker >= 0xD0 && marker <= 0xD7) || marker == 0x01) continue;  // no length
-    if (at + 2 > start.size()) return std::nullopt;
-    const size_t length = Number(start, at, 2, true);
-    if (length < 2 || at + length > start.size()) return std::nullopt;
-    const std::string_view data = start.substr(at + 2, length - 2);
-    at += length;
+  bool framed = false, broken = false;
+  // The loose walk ends at the first scan; no segment is copied.
+  const KeepPiece note = [&](const Piece& piece, std::string*) {
+    const unsigned char marker = Byte(piece.type, 0);
+    const std::string_view data = piece.data;
     if (IsFrame(marker)) {
-      if (data.size() < 5) return std::nullopt;
+      broken = broken || data.size() < 5;
+      if (broken) return false;
       header.height = static_cast<int>(Number(data, 1, 2, true));
       header.width = static_cast<int>(Number(data, 3, 2, true));
       framed = header.width > 0 && header.height > 0;
@@ -46,7 +36,11 @@ std::optional<JpegHeader> ReadJpegHeader(std::string_view start) {
     } else if (marker == 0xED && data.starts_with(kPhotoshop)) {
       header.iptc += std::string(header.iptc.empty() ? data : data.substr(kPhotoshop.size()));
     }
-  }
+    return false;
+  };
+  std::string rest;
+  if (!WalkJpeg(start, false, note, &rest) || broken || !framed) return std::nullopt;
+  return header;
 }
 
 }  // namespace vf
