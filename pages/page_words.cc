@@ -33,10 +33,6 @@ bool Before(const TakenDate& a, const TakenDate& b) {
   return std::tie(a.year, a.month, a.day) < std::tie(b.year, b.month, b.day);
 }
 
-// The words of one picture, read by a worker.
-struct Found {
-  PhotoWords words;
-};
 // The sidecar of `source`: the text file of the same name with ".txt",
 // found among `names` (its folder's) ignoring case, an exact match first.
 std::string SidecarOf(const std::string& source, const std::vector<std::string>& names,
@@ -64,21 +60,6 @@ std::string SidecarOf(const std::string& source, const std::vector<std::string>&
   const bool longer = bytes.size() > kSidecarBytesRead;
   if (longer) bytes.resize(kSidecarBytesRead);
   return SidecarDescription(bytes, longer);
-}
-
-// The place that a picture name such as "img_003.jpg" or "web/IMG_003.jpg"
-// stands for, or 0.
-int64_t PlaceOfName(std::string_view src) {
-  const size_t slash = src.rfind('/');
-  std::string name =
-      ToLower(std::string(src.substr(slash == std::string_view::npos ? 0 : slash + 1)));
-  if (name.size() < 8 || !name.starts_with("img_") || name[7] != '.') return 0;
-  int64_t place = 0;
-  for (size_t i = 4; i < 7; ++i) {
-    if (name[i] < '0' || name[i] > '9') return 0;
-    place = place * 10 + (name[i] - '0');
-  }
-  return place;
 }
 
 // A src that names a file inside the album folder: relative, no "..", no
@@ -112,16 +93,16 @@ std::vector<DiskResult> WritePageWords(const SiteWords& site, SiteDisk& disk,
     });
   }
 
-  std::vector<Found> found(site.pictures.size());
+  std::vector<PhotoWords> found(site.pictures.size());  // by picture, filled by the workers
   PoolWork calls;
   calls.work = [&](size_t i) {
     const WordsPicture& p = site.pictures[i];
     if (!IsDerivablePicture(p.source)) return;
     if (std::optional<PictureHeader> h = header(p.source)) {
-      found[i].words = WordsFromBlobs(h->exif, h->xmp, h->iptc);
+      found[i] = WordsFromBlobs(h->exif, h->xmp, h->iptc);
     }
     std::string sidecar = SidecarOf(p.source, listed.at(FolderOf(p.source)), disk);
-    if (!sidecar.empty()) found[i].words.description = std::move(sidecar);
+    if (!sidecar.empty()) found[i].description = std::move(sidecar);
   };
   calls.finished = [](size_t) {};
   calls.leaving = leaving;
@@ -129,11 +110,10 @@ std::vector<DiskResult> WritePageWords(const SiteWords& site, SiteDisk& disk,
 
   // The albums, their pictures by place, and their lines.
   std::map<int64_t, Album> albums;
-  std::map<const WordsPicture*, const PhotoWords*> words_of;
-  for (size_t i = 0; i < site.pictures.size(); ++i) {
-    albums[site.pictures[i].album].pictures.push_back(&site.pictures[i]);
-    words_of[&site.pictures[i]] = &found[i].words;
-  }
+  auto words_of = [&](const WordsPicture* p) -> const PhotoWords& {
+    return found[static_cast<size_t>(p - site.pictures.data())];
+  };
+  for (const WordsPicture& p : site.pictures) albums[p.album].pictures.push_back(&p);
   for (auto& [number, album] : albums) {
     std::sort(album.pictures.begin(), album.pictures.end(),
               [](const WordsPicture* a, const WordsPicture* b) { return a->place < b->place; });
@@ -141,7 +121,7 @@ std::vector<DiskResult> WritePageWords(const SiteWords& site, SiteDisk& disk,
     std::optional<TakenDate> first, last;
     for (const WordsPicture* p : album.pictures) {
       if (!p->folder_name.empty()) folders.push_back(p->folder_name);
-      if (const std::optional<TakenDate>& d = words_of[p]->taken) {
+      if (const std::optional<TakenDate>& d = words_of(p).taken) {
         if (!first || Before(*d, *first)) first = d;
         if (!last || Before(*last, *d)) last = d;
       }
@@ -165,9 +145,9 @@ std::vector<DiskResult> WritePageWords(const SiteWords& site, SiteDisk& disk,
     return [&, album, folder](std::string_view src) {
       PictureFacts facts;
       if (!InsideAlbum(src)) return facts;
-      const int64_t place = PlaceOfName(src);
+      const int64_t place = PlaceOfPictureName(src);
       for (const WordsPicture* p : album->pictures) {
-        if (p->place == place) facts.alt = HtmlText(words_of[p]->description);
+        if (p->place == place) facts.alt = HtmlText(words_of(p).description);
       }
       std::tie(facts.width, facts.height) = size_of(folder + "/" + std::string(src));
       return facts;
@@ -193,7 +173,7 @@ std::vector<DiskResult> WritePageWords(const SiteWords& site, SiteDisk& disk,
 
   const std::string title = HtmlText(site.site_title);
   for (const WordsPicture& p : site.pictures) {
-    const PhotoWords& w = *words_of[&p];
+    const PhotoWords& w = words_of(&p);
     PlaceTexts texts;
     texts.sito = title;
     texts.titolo = texts.didascalia = HtmlText(w.description);

@@ -50,6 +50,19 @@ std::string IndexLinkFromAlbum(bool capitals) { return "../" + IndexPageName(cap
 
 std::string SizeFolderName(std::string_view size, bool capitals) { return InCase(size, capitals); }
 
+int64_t PlaceOfPictureName(std::string_view path) {
+  const size_t slash = path.rfind('/');
+  const std::string name =
+      InCase(path.substr(slash == std::string_view::npos ? 0 : slash + 1), false);
+  if (name.size() < 8 || !name.starts_with("img_") || name[7] != '.') return 0;
+  int64_t place = 0;
+  for (size_t i = 4; i < 7; ++i) {
+    if (name[i] < '0' || name[i] > '9') return 0;
+    place = place * 10 + (name[i] - '0');
+  }
+  return place;
+}
+
 std::string AvifName(std::string_view copy_name) {
   const bool capitals =
       std::none_of(copy_name.begin(), copy_name.end(), [](char c) { return c >= 'a' && c <= 'z'; });

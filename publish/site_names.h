@@ -37,6 +37,10 @@ std::string IndexLinkFromAlbum(bool capitals);
 // The subfolder of an album folder that holds the pictures of one web size,
 // named as the sizes file names it ("mini" is "MINI" in capitals).
 std::string SizeFolderName(std::string_view size, bool capitals);
+// The place a copy's or a picture page's name stands for, in either case and
+// after any folders ("img_003.jpg", "web/IMG_003.JPG" give 3); 0 for a name
+// of another form.
+int64_t PlaceOfPictureName(std::string_view path);
 // The AVIF that stands beside the derived picture of the copy `copy_name` in
 // a size folder: the copy's name up to its first dot, then ".avif", or
 // ".AVIF" when the copy's name holds no small letter ("img_001.eic" gives

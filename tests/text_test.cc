@@ -78,7 +78,13 @@ TEST(Text, SiteNamesInEitherCaseKeepTheLastDigits) {
       {AvifName("IMG_001.JPG"), "IMG_001.AVIF"},
       {AvifName("IMG_002.vif"), "IMG_002.avif"},
       {AvifName("img_003..jp"), "img_003.avif"},
-      {AvifName("img_004.") + " " + AvifName("IMG_005"), "img_004.avif IMG_005.AVIF"}};
+      {AvifName("img_004.") + " " + AvifName("IMG_005"), "img_004.avif IMG_005.AVIF"},
+      // Names read back: the place, or 0 for another form.
+      {std::to_string(PlaceOfPictureName("web/IMG_003.JPG") * 1000 +
+                      PlaceOfPictureName("img_120.") * 10 + PlaceOfPictureName("../img_7.jpg") +
+                      PlaceOfPictureName("img_00x.jpg") + PlaceOfPictureName("pic_001.jpg") +
+                      PlaceOfPictureName("img_001jpg")),
+       "4200"}};
   for (const auto& [made, expected] : names) EXPECT_EQ(made, expected);
 }
 
