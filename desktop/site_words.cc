@@ -1,5 +1,6 @@
 #include "desktop/site_words.h"
 
+#include <map>
 #include <optional>
 #include <set>
 #include <vector>
@@ -48,6 +49,7 @@ SiteWords WordsOfSite(const BuiltSite& site, HostFileSystem& fs, const SizesFile
   words.capitals = site.capitals;
   words.avif = sizes.avif;
   std::set<int64_t> albums;
+  std::map<std::string, std::string> shown_names;  // by Windows folder
   std::optional<std::vector<std::string>> common;
   for (const AlbumCopy& c : site.copies) {
     const std::string album_folder = WindowsFolder(c.copy);
@@ -56,8 +58,10 @@ SiteWords WordsOfSite(const BuiltSite& site, HostFileSystem& fs, const SizesFile
                                                         PicturePageName(c.place, site.capitals));
     if (!source || !copy || !page) continue;
     const std::string folder = WindowsFolder(c.source);
-    words.pictures.push_back(
-        {*source, *copy, *page, c.album, c.place, ShownName(folder, fs, home)});
+    // Thousands of photos share a few folders: each is looked up once.
+    auto [shown, added] = shown_names.try_emplace(folder);
+    if (added) shown->second = ShownName(folder, fs, home);
+    words.pictures.push_back({*source, *copy, *page, c.album, c.place, shown->second});
     if (albums.insert(c.album).second) {
       if (std::optional<std::string> menu =
               fs.HostPath(album_folder + "\\" + MenuPageName(site.capitals))) {
