@@ -27,6 +27,7 @@ import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "scripts"))
 import browser_check as bc  # noqa: E402
+from devtools import DevTools  # noqa: E402
 
 PAGES = ["dir_0001/menu.htm", "dir_0001/img_002.htm"]
 WIDTHS = [(390, 844), (1280, 800)]
@@ -65,7 +66,7 @@ def build(runner, templates, photos, work, avif):
 def loaded_bytes(server, page, width, height, work):
     """The bytes Chromium loaded for the page at that window size, every
     picture it shows included."""
-    browser = bc.DevTools(work)
+    browser = DevTools(work)
     try:
         deadline = time.time() + bc.PAGE_TIMEOUT
         target = browser.call("Target.createTarget", deadline, url="about:blank")["targetId"]
